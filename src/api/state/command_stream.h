@@ -1,0 +1,40 @@
+// The command stream: the frame as data. One record a recorded call, in call order, with pixels and name lists beside
+// it in the blob.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/growing_vector.h"
+
+namespace tlr2 {
+
+using ByteVector = GrowingVector<std::uint8_t, 0x7FFFFFFF>;
+
+inline constexpr std::size_t kStreamReserve = 4194304;
+inline constexpr std::size_t kBlobReserve = 8388608;
+
+struct CommandStream {
+  ByteVector bytes;
+  ByteVector blob;
+  std::uint32_t baseSequence = 0;  // the swaps carry it through; nothing else writes it
+};
+
+/// The live stream that entries append to.
+CommandStream& CommandStreamInstance() noexcept;
+
+/// Grows `bytes` by `size` zeroed bytes and returns the record's place. Valid until the next growth of `bytes`.
+inline std::uint8_t* StreamAppend(CommandStream& stream, std::size_t size) {
+  std::uint8_t* record = stream.bytes.GrowUninitialized(size);
+  std::memset(record, 0, size);
+  return record;
+}
+
+/// Copies `size` bytes to the blob's end; returns their offset from the start of this frame's blob.
+inline std::uint64_t BlobAppend(CommandStream& stream, const void* data, std::size_t size) {
+  const std::size_t offset = stream.blob.size();
+  stream.blob.append(static_cast<const std::uint8_t*>(data), size);
+  return offset;
+}
+
+}  // namespace tlr2

@@ -1,0 +1,16 @@
+// The one driver state of the process, and its saved form.
+#pragma once
+
+#include "records/driver_state.h"
+#include "records/state_snapshot.h"
+
+namespace tlr2 {
+
+/// The record that every entry and the interpreter go through. Built at library load, never freed before exit.
+DriverState& DriverStateInstance() noexcept;
+
+/// Field by field, in the snapshot's order; neither touches a vector.
+void SnapshotFromState(const DriverState& state, StateSnapshot& snapshot) noexcept;
+void StateFromSnapshot(DriverState& state, const StateSnapshot& snapshot) noexcept;
+
+}  // namespace tlr2

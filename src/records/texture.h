@@ -1,0 +1,82 @@
+// Textures in their two forms: the object that the calls change, and the flat per-frame entry that kernels gather from.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/gl.h"
+#include "base/growing_vector.h"
+
+namespace tlr2 {
+
+inline constexpr int kMaxLevels = 16;
+
+/// Texels of all levels, 0xAARRGGBB, with one readable word of 0 ahead of the first and one behind the last. Lanes
+/// that sample past the end of a mip chain read the word ahead; a 1 by 1 texture with wild coordinates reads the one
+/// behind. Neither is counted, captured or changed.
+class TexelVector {
+ public:
+  std::uint32_t* data() noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
+  const std::uint32_t* data() const noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
+  std::size_t size() const noexcept { return words_.empty() ? 0 : words_.size() - 2; }
+  bool empty() const noexcept { return size() == 0; }
+  std::uint32_t& operator[](std::size_t i) noexcept { return words_[i + 1]; }
+  const std::uint32_t& operator[](std::size_t i) const noexcept { return words_[i + 1]; }
+  /// Keeps existing texels; new ones are 0.
+  void resize(std::size_t count) {
+    const std::size_t old = size();
+    words_.resize(count + 2);
+    if (count < old) words_[count + 1] = 0;
+  }
+  void assign(std::size_t count, std::uint32_t value) {
+    words_.assign(count + 2, value);
+    words_[0] = 0;
+    words_[count + 1] = 0;
+  }
+  /// Frees the storage.
+  void reset() noexcept { words_.reset(); }
+
+ private:
+  GrowingVector<std::uint32_t> words_;
+};
+
+struct TextureObject {
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  std::uint32_t wrapS = gl::kRepeat;
+  std::uint32_t wrapT = gl::kRepeat;
+  std::uint32_t magFilter = gl::kLinear;
+  std::uint32_t minFilter = gl::kLinearMipmapLinear;  // deliberately not the interface's own default
+  std::uint8_t inUse = 0;
+  std::uint8_t hasImage = 0;
+  TexelVector pixels;
+  std::uint32_t levelCount = 0;
+  std::uint32_t levelWidth[kMaxLevels] = {};
+  std::uint32_t levelHeight[kMaxLevels] = {};
+  std::uint32_t levelPitch[kMaxLevels] = {};       // bytes per row
+  std::uint32_t levelTexelBytes[kMaxLevels] = {};  // 4 for each level in use
+  std::uint32_t levelOffset[kMaxLevels] = {};      // bytes from the first texel of level 0
+};
+
+/// What a kernel needs of one texture. 120 32-bit words, read by gathers.
+struct TextureCacheEntry {
+  std::int32_t width;  // 0: no texture
+  std::int32_t height;
+  std::int32_t baseLevel;  // always 0
+  std::int32_t levelWidth[kMaxLevels];
+  std::int32_t levelHeight[kMaxLevels];
+  std::int32_t levelStrideBytes[kMaxLevels];
+  std::int32_t levelTexelBytes[kMaxLevels];
+  std::int32_t levelOffsetBytes[kMaxLevels];
+  std::int32_t wrapClampS;  // 1 clamp, else repeat
+  std::int32_t wrapClampT;
+  std::int32_t reserved[3];
+  std::uint64_t texels[kMaxLevels];  // [0]: address of the first texel, sign-extended; the others 0
+};
+static_assert(sizeof(TextureCacheEntry) == 480);
+static_assert(offsetof(TextureCacheEntry, levelWidth) == 12 && offsetof(TextureCacheEntry, levelHeight) == 76);
+static_assert(offsetof(TextureCacheEntry, levelStrideBytes) == 140);
+static_assert(offsetof(TextureCacheEntry, levelOffsetBytes) == 268);
+static_assert(offsetof(TextureCacheEntry, wrapClampS) == 332 && offsetof(TextureCacheEntry, texels) == 352);
+
+}  // namespace tlr2

@@ -1,0 +1,11 @@
+// Start and end of the library, in their fixed orders.
+#pragma once
+
+namespace tlr2 {
+
+/// Cutoff and target parsers, diagnostics, lane count, worker pool, replay thread. Runs once; later calls do nothing.
+void LibraryStart() noexcept;
+/// Replay thread, pool pointer, final diagnostics.
+void LibraryEnd() noexcept;
+
+}  // namespace tlr2
