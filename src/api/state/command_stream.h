@@ -23,6 +23,12 @@ struct CommandStream {
 /// The live stream that entries append to.
 CommandStream& CommandStreamInstance() noexcept;
 
+/// Appends a record of the command table, as made by its struct: AppendRecord(stream, CmdBegin{.mode = mode}).
+template <typename Record>
+inline void AppendRecord(CommandStream& stream, const Record& record) {
+  std::memcpy(stream.bytes.GrowUninitialized(sizeof(Record)), static_cast<const void*>(&record), sizeof(Record));
+}
+
 /// Grows `bytes` by `size` zeroed bytes and returns the record's place. Valid until the next growth of `bytes`.
 inline std::uint8_t* StreamAppend(CommandStream& stream, std::size_t size) {
   std::uint8_t* record = stream.bytes.GrowUninitialized(size);
