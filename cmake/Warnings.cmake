@@ -1,6 +1,6 @@
 # One set of flags for every object of the project: warnings are errors, and arithmetic is what the source says.
 add_library(tlr2_flags INTERFACE)
-target_include_directories(tlr2_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(tlr2_flags INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 target_compile_definitions(tlr2_flags INTERFACE TLR2_PROFILING=$<BOOL:${TLR2_PROFILING}>)
 target_compile_options(tlr2_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi -Werror

@@ -1,14 +1,13 @@
-// Surface: the memory that the rasteriser writes into, and its way to the window. One implementation is linked in a
-// build: Direct3D 11 on Windows, a headless one elsewhere.
+// Surface: the memory that the rasteriser writes into, and its way to the window. The depth buffer lives on the heap;
+// the colour buffer is the memory that the present device has mapped.
 #pragma once
 
 #include <cstdint>
 
+#include "present/device.h"
 #include "tiles/render_frame.h"
 
 namespace tlr2 {
-
-struct PresentDevice;  // what stands behind the colour buffer; each implementation has its own
 
 /// A context's surface. The colour pointer and pitch change at each present: nothing may keep them across frames.
 struct Surface : SurfaceView {
@@ -27,9 +26,5 @@ void SurfacePresent(Surface& surface, void* deviceContext);
 inline bool SurfaceReady(const Surface& surface) noexcept {
   return surface.colorBuffer != nullptr && surface.depthBuffer != nullptr;
 }
-
-/// The window of a device context, null for none; and its client size, false when it cannot be had.
-void* WindowOfDeviceContext(void* deviceContext) noexcept;
-bool WindowClientSize(void* window, std::int32_t& width, std::int32_t& height) noexcept;
 
 }  // namespace tlr2

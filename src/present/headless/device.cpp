@@ -1,0 +1,109 @@
+// The headless present device: two colour buffers that alternate, and a picture that an application can copy.
+#include "present/device.h"
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "capture/trace.h"
+#include "present/headless/window.h"
+
+namespace tlr2 {
+
+namespace {
+
+constexpr int kBufferCount = 2;
+// Rows are longer than their pixels, and differently so in each buffer, as mapped memory of a real device may be: who
+// keeps a pointer or takes the width for the pitch shows it at once.
+constexpr std::uint32_t kRowPadding[kBufferCount] = {64, 128};
+
+}  // namespace
+
+struct PresentDevice {
+  void* window = nullptr;  // a handle: the window may end before its contexts do
+  DeviceSize size = {};
+  std::unique_ptr<std::uint32_t[]> buffer[kBufferCount];
+  std::uint32_t rowPitch[kBufferCount] = {};
+  int index = 0;
+  bool mapped = false;
+};
+
+namespace {
+
+bool MapCurrent(PresentDevice& device) {
+  if (device.mapped) return true;
+  const HeadlessWindow* window = FindHeadlessWindow(device.window);
+  if (window == nullptr || window->failMap) {
+    TraceCall("TLR2::DxgiPresent::BeginFrame", "(Map hr=0x%08X)", 0x80004005u);
+    return false;
+  }
+  device.mapped = true;
+  return true;
+}
+
+/// From the current colour buffer to the shown picture. The colour adjustments of the settings belong here.
+void PostProcessPass(PresentDevice& device, HeadlessWindow& window) {
+  device.mapped = false;
+  const std::size_t width = static_cast<std::size_t>(device.size.renderWidth);
+  const std::size_t height = static_cast<std::size_t>(device.size.renderHeight);
+  window.picture.resize(width * height);
+  window.pictureWidth = device.size.renderWidth;
+  window.pictureHeight = device.size.renderHeight;
+  const auto* row = reinterpret_cast<const std::uint8_t*>(device.buffer[device.index].get());
+  for (std::size_t y = 0; y < height; ++y, row += device.rowPitch[device.index])
+    std::memcpy(&window.picture[y * width], row, width * sizeof(std::uint32_t));
+}
+
+}  // namespace
+
+PresentDevice* DeviceInit(void* window, const DeviceSize& size) {
+  HeadlessWindow* found = FindHeadlessWindow(window);
+  if (found == nullptr || size.windowWidth <= 0 || size.windowHeight <= 0 || size.renderWidth <= 0 ||
+      size.renderHeight <= 0)
+    return nullptr;
+  std::unique_ptr<PresentDevice> device(new (std::nothrow) PresentDevice);
+  if (device == nullptr) return nullptr;
+  device->window = window;
+  device->size = size;
+  for (int i = 0; i < kBufferCount; ++i) {
+    device->rowPitch[i] = static_cast<std::uint32_t>(size.renderWidth) * 4 + kRowPadding[i];
+    const std::size_t words =
+        static_cast<std::size_t>(device->rowPitch[i]) / 4 * static_cast<std::size_t>(size.renderHeight);
+    if (!found->failInit) device->buffer[i].reset(new (std::nothrow) std::uint32_t[words]());
+    if (device->buffer[i] == nullptr) {
+      TraceCall("TLR2::DxgiPresent::Init", "(step=%s, hr=0x%08X)", "CreateTexture2D(staging)", 0x8007000Eu);
+      return nullptr;
+    }
+  }
+  MapCurrent(*device);
+  return device.release();
+}
+
+bool DeviceBeginFrame(PresentDevice& device, std::uint32_t*& pixels, std::uint32_t& rowPitch) {
+  pixels = nullptr;
+  rowPitch = 0;
+  if (!MapCurrent(device)) return false;
+  pixels = device.buffer[device.index].get();
+  rowPitch = device.rowPitch[device.index];
+  return true;
+}
+
+bool DevicePresent(PresentDevice& device) {
+  HeadlessWindow* window = FindHeadlessWindow(device.window);
+  if (window == nullptr || window->failPresent) {
+    device.mapped = false;
+    TraceCall("TLR2::DxgiPresent::PresentSwapChain", "(Present hr=0x%08X)", 0x80004005u);
+    return false;  // the index stays
+  }
+  PostProcessPass(device, *window);
+  ++window->pictureCount;
+  device.index = (device.index + 1) % kBufferCount;
+  if (MapCurrent(device)) return true;
+  TraceCall("TLR2::DxgiPresent::PresentSwapChain", "(post-flip Map failed on staging[%d])", device.index);
+  return false;
+}
+
+void DeviceShutdown(PresentDevice* device) { delete device; }
+
+}  // namespace tlr2
