@@ -1,0 +1,120 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds everything and passes the tests: lint, native plain and under the sanitizers, the
+# 32-bit Windows driver whole under Wine, the 64-bit one as a smoke test.
+#
+# usage: test.sh [STAGE...]   stages: lint native native32 asan tsan win32 win64 (all by default)
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+root=$PWD
+
+stages=("$@")
+[ ${#stages[@]} -gt 0 ] || stages=(lint native native32 asan tsan win32 win64)
+for stage in "${stages[@]}"; do
+  case "$stage" in
+    lint|native|native32|asan|tsan|win32|win64) ;;
+    *) echo "test.sh: unknown stage '$stage' (lint native native32 asan tsan win32 win64)" >&2; exit 2 ;;
+  esac
+done
+
+bash tools/dev/packages.sh
+jobs=$(nproc)
+passed=0
+failed=0
+failures=()
+logs=$root/build/test-logs
+mkdir -p "$logs"
+# Nothing of the user's own settings may reach a test, and no test may change them.
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+export XDG_CONFIG_HOME=$scratch/config
+unset TLR2_THREADS TLR2_ISA TLR2_PIPELINE_CUTOFF TLR2_RJQ_IDLE_SPIN_US TLR2_CAPTURE_FRAMES TLR2_TRACE_FRAMES
+
+launcher=()
+command -v ccache >/dev/null && launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+
+# check NAME COMMAND...: runs a command that is a test by itself.
+check() {
+  local name=$1
+  shift
+  if "$@" >"$logs/$name.log" 2>&1; then
+    passed=$((passed + 1))
+    echo "ok      $name"
+  else
+    failed=$((failed + 1))
+    failures+=("$name")
+    echo "FAILED  $name"
+    tail -n 40 "$logs/$name.log"
+  fi
+}
+
+build() {
+  local preset=$1
+  shift
+  cmake --preset "$preset" "${launcher[@]}" "$@" >"$logs/$preset-configure.log" 2>&1 &&
+    cmake --build "build/$preset" -j "$jobs" >"$logs/$preset-build.log" 2>&1
+}
+
+# suite PRESET [ctest arguments]: builds a preset and counts its tests.
+suite() {
+  local preset=$1
+  shift
+  if ! build "$preset" "${configure[@]}"; then
+    failed=$((failed + 1))
+    failures+=("$preset: build")
+    tail -n 5 "$logs/$preset-configure.log"
+    grep -E 'error|FAILED|undefined' "$logs/$preset-build.log" 2>/dev/null | head -n 30
+    return
+  fi
+  local log=$logs/$preset-tests.log
+  (cd "build/$preset" && ctest --output-on-failure --timeout 900 "$@") >"$log" 2>&1 || true
+  grep -hoE 'SKIPPED:? .*' "$log" | sort -u | sed "s/^/  $preset: /" || true
+  local counts total bad
+  counts=$(grep -E '^[0-9]+% tests passed' "$log" | tail -n 1)
+  total=$(sed -nE 's/.*out of ([0-9]+).*/\1/p' <<<"$counts")
+  bad=$(sed -nE 's/.*, ([0-9]+) tests? failed.*/\1/p' <<<"$counts")
+  if [ -z "$total" ]; then
+    failed=$((failed + 1))
+    failures+=("$preset: no test ran")
+    tail -n 20 "$log"
+    return
+  fi
+  passed=$((passed + total - bad))
+  failed=$((failed + bad))
+  echo "$preset: $((total - bad)) of $total test programs passed"
+  if [ "$bad" -gt 0 ]; then
+    failures+=("$preset: $bad tests")
+    grep -E '\[  FAILED  \]|Failure|\*\*\*|ERROR: |WARNING: Thread|runtime error' "$log" | head -n 60
+  fi
+}
+
+for stage in "${stages[@]}"; do
+  began=$SECONDS
+  configure=()
+  case "$stage" in
+    lint)
+      check rooms python3 tools/dev/lint_rooms.py
+      check wording bash tools/dev/lint_words.sh
+      check format bash tools/dev/lint_format.sh
+      ;;
+    native)
+      suite native
+      check tidy bash tools/dev/lint_tidy.sh build/native
+      ;;
+    native32) suite native32 ;;
+    asan) ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1 suite asan ;;
+    tsan) TSAN_OPTIONS=halt_on_error=1 suite tsan ;;
+    win32)
+      bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
+      suite win32
+      ;;
+    win64)
+      bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
+      suite win64
+      ;;
+  esac
+  echo "-- $stage: $((SECONDS - began)) s"
+done
+
+[ ${#failures[@]} -eq 0 ] || printf 'failed: %s\n' "${failures[@]}"
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
