@@ -16,6 +16,9 @@ inline constexpr int kMaxLevels = 16;
 /// behind. Neither is counted, captured or changed.
 class TexelVector {
  public:
+  /// The most texels that fit, in a block below 2 GiB.
+  static constexpr std::size_t kLimit = 0x7FFFFFFFu / 4 - 2;
+
   std::uint32_t* data() noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
   const std::uint32_t* data() const noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
   std::size_t size() const noexcept { return words_.empty() ? 0 : words_.size() - 2; }
@@ -29,7 +32,13 @@ class TexelVector {
     if (count < old) words_[count + 1] = 0;
   }
   void assign(std::size_t count, std::uint32_t value) {
-    words_.assign(count + 2, value);
+    Renew(count);
+    for (std::size_t i = 0; i < count; ++i) words_[i + 1] = value;
+  }
+  /// `count` texels that the caller writes, all of them.
+  void Renew(std::size_t count) {
+    words_.clear();
+    words_.GrowUninitialized(count + 2);
     words_[0] = 0;
     words_[count + 1] = 0;
   }
