@@ -15,6 +15,8 @@ extern void (*panelStarter)(void* window);
 
 /// Makes a context for `hdc`; null without a window or when the surface fails.
 ContextRecord* ContextCreate(void* hdc);
+/// Destroys the surface and frees the context. No thread may have it current any more, save by mistake.
+void ContextDestroy(ContextRecord* context);
 /// The calling thread's context, or null.
 ContextRecord* CurrentContext() noexcept;
 
