@@ -1,7 +1,10 @@
 // What is decided when the library is loaded: threads, target, cutoff.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+
+#include "kernels/tile_kernel.h"
 
 namespace tlr2 {
 
@@ -13,8 +16,21 @@ void StartWorkerPool() noexcept;
 
 /// -1 auto (always true), 0 sse4, 1 avx, 2 avx2, 3 avx512skx.
 bool IsaSupported(std::int32_t selected) noexcept;
+/// The same question about the processor that `facts` describe.
+bool IsaSupportedBy(const CpuFacts& facts, std::int32_t selected) noexcept;
 /// Maps the ForceIsa word to a supported target, else -1.
 std::int32_t ResolveForcedIsa(std::int32_t forceIsaWord) noexcept;
+/// What the environment selected; -1 for auto.
 std::int32_t SelectedIsa() noexcept;
+
+/// Lower-cases ASCII letters; the first carriage return, line feed or blank ends the text.
+void NormalizeSpelling(char* text) noexcept;
+/// Stage 0 to 5 of a value of TLR2_PIPELINE_CUTOFF; 5 for null, empty and unknown ones. Normalises `value`.
+std::int32_t CutoffOfSpelling(char* value) noexcept;
+/// Target of a value of TLR2_ISA, -1 for auto, and the status line that says why. Normalises `value`; null is unset.
+std::int32_t IsaOfSpelling(char* value, bool (*supported)(std::int32_t selected), char* line,
+                           std::size_t lineSize) noexcept;
+/// The cap that a value of TLR2_THREADS forces; 0 for none.
+std::int32_t ForcedThreads(const char* value) noexcept;
 
 }  // namespace tlr2

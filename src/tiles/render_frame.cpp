@@ -1,0 +1,180 @@
+// The calling thread's part of a frame, up to the hand-over of the one job and back.
+#include "tiles/render_frame.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "api/state/driver_state.h"
+#include "base/fill.h"
+#include "kernels/tile_kernel.h"
+#include "platform/clock.h"
+#include "settings/profiler.h"
+#include "settings/settings.h"
+#include "settings/stage_counters.h"
+#include "textures/texture_cache.h"
+#include "tiles/frame_tasks.h"
+#include "tiles/grid/grid.h"
+#include "tiles/runtime_config.h"
+
+namespace tlr2 {
+namespace {
+
+FrameStats latestStats = {};
+
+void ZeroAccumulators() noexcept {
+  FrameAccumulators& sums = frameAccumulators;
+  for (Counter64* sum :
+       {&sums.wait, &sums.bin, &sums.spare, &sums.raster, &sums.longestBin, &sums.longestRaster, &sums.macroTiles})
+    sum->store(0, std::memory_order_relaxed);
+  sums.participants.store(0, std::memory_order_relaxed);
+}
+
+void FillColor(const SurfaceView& surface, std::uint32_t value) noexcept {
+  const std::size_t width = static_cast<std::size_t>(surface.width), height = static_cast<std::size_t>(surface.height);
+  if (surface.rowPitch == width * sizeof(std::uint32_t)) {
+    FillWords(surface.colorBuffer, value, width * height);
+    return;
+  }
+  auto* row = reinterpret_cast<std::uint8_t*>(surface.colorBuffer);
+  for (std::size_t y = 0; y < height; ++y, row += surface.rowPitch) FillWords(row, value, width);
+}
+
+void FillDepth(const SurfaceView& surface, DriverState& state, float value) noexcept {
+  std::uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  FillWords(surface.depthBuffer, bits,
+            static_cast<std::size_t>(surface.width) * static_cast<std::size_t>(surface.height));
+  FillWords(state.hizTable.data(), bits, state.hizTable.size());
+}
+
+struct TaskCount {
+  std::int32_t requested, tasks;
+};
+
+TaskCount CountTasks(const DriverState& state) noexcept {
+  const RJQ::RenderJobQueue* pool = RJQ::Pool();
+  const std::int32_t poolSize = pool != nullptr ? RJQ::WorkerCount(pool) : 1;
+  std::int32_t limit = Settings().workerLimit;
+  if (limit == 0 || limit > poolSize) limit = poolSize;
+  std::int32_t tasks = std::max(limit, 1);
+  const std::int32_t macroTiles = state.macroCols * state.macroRows;
+  if (macroTiles >= 1) tasks = std::min(tasks, macroTiles);
+  return {limit, tasks};
+}
+
+void RunTasks(const SurfaceView& surface, std::int32_t tasks, FrameTaskContext& context) {
+  RJQ::JobRange range = {};
+  range.user[0] = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(surface.colorBuffer));
+  range.user[1] = static_cast<std::uint32_t>(surface.width);
+  range.user[2] = static_cast<std::uint32_t>(surface.height);
+  range.user[3] = surface.rowPitch;
+  range.taskCount = tasks;
+  if (RJQ::RenderJobQueue* pool = RJQ::Pool(); pool != nullptr) {
+    RJQ::Enqueue(*pool, RJQ::kTaskJob, range, WorkerLoopEntry, &context);
+    RJQ::WaitIdle(*pool);
+  } else {
+    for (std::int32_t task = 0; task < tasks; ++task) WorkerLoopEntry(&range, task, &context);
+  }
+}
+
+double Milliseconds(std::uint64_t ticks) noexcept {
+  return static_cast<double>(ticks) * 1000.0 / static_cast<double>(TicksPerSecond());
+}
+
+double Milliseconds(const Counter64& ticks) noexcept { return Milliseconds(ticks.load(std::memory_order_relaxed)); }
+
+void RecordStats(const DriverState& state, const TaskCount& count, std::uint64_t prepTicks,
+                 std::uint64_t workerTicks) noexcept {
+  const FrameAccumulators& sums = frameAccumulators;
+  FrameStats& stats = latestStats;
+  stats.requestedTasks = count.requested;
+  stats.activeTasks = count.tasks;
+  stats.triangleCount = state.publishedTriangleCount;
+  stats.participants = sums.participants.load(std::memory_order_relaxed);
+  stats.macroTiles = sums.macroTiles.load(std::memory_order_relaxed);
+  stats.build = state.buildStats;
+  stats.waitMs = Milliseconds(sums.wait);
+  stats.binMs = Milliseconds(sums.bin);
+  stats.spareMs = Milliseconds(sums.spare);
+  stats.rasterMs = Milliseconds(sums.raster);
+  stats.longestBinMs = Milliseconds(sums.longestBin);
+  stats.longestRasterMs = Milliseconds(sums.longestRaster);
+  stats.prepMs = Milliseconds(prepTicks);
+  stats.workersMs = Milliseconds(workerTicks);
+}
+
+}  // namespace
+
+void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, const FrameOverrides& overrides) {
+  const ScopeTimer scope("tlr2::RenderFrame");
+  DriverState& state = DriverStateInstance();
+  ZeroAccumulators();
+  const std::int64_t start = TicksNow();
+  latestStats = FrameStats{};
+
+  if (surface.colorBuffer == nullptr || surface.depthBuffer == nullptr || surface.width < 1 || surface.height < 1) {
+    state.pendingColorClear = 0;
+    state.pendingDepthClear = 0;
+    return;
+  }
+  if (state.pendingColorClear != 0) {
+    FillColor(surface, state.pendingColorClearValue);
+    state.pendingColorClear = 0;
+  } else if (state.triangles.empty() && options.clearIfEmpty != 0) {
+    FillColor(surface, state.clearColor);
+  }
+  if (state.pendingDepthClear != 0) {
+    FillDepth(surface, state, state.pendingDepthClearValue);
+    state.pendingDepthClear = 0;
+  }
+  if (state.triangles.empty()) return;
+
+  std::vector<TextureCacheEntry> cache;  // the one allocation of a steady frame
+  BuildTextureCache(state, cache);
+
+  FrameTaskContext context = {};
+  context.surface = &surface;
+  context.macroCols = state.macroCols;
+  context.macroRows = state.macroRows;
+  context.microCols = state.microCols;
+  context.microRows = state.microRows;
+  context.textureCacheVector = &cache;
+  context.kernelArgs.colorStrideBytes = surface.rowPitch;
+  context.kernelArgs.colorPixels = surface.colorBuffer;
+  context.kernelArgs.depthPixels = surface.depthBuffer;
+  context.kernelArgs.depthStrideBytes = static_cast<std::uint32_t>(surface.width) * 4;
+  context.kernelArgs.triangles = state.triangles.data();
+  context.kernelArgs.textureCache = cache.data();
+  context.kernelArgs.textureCacheCount = static_cast<std::uint32_t>(cache.size());
+  context.kernelArgs.kernelMode = Settings().kernelMode;
+  context.kernel =
+      overrides.kernel != nullptr ? overrides.kernel : KernelForTarget(ResolveForcedIsa(Settings().forceIsa));
+  context.options = &options;
+
+  state.publishedTriangleCount = static_cast<std::uint32_t>(state.triangles.size());
+  __atomic_store_n(&state.trianglesPublished, std::uint8_t{1}, __ATOMIC_RELEASE);
+
+  TaskCount count = CountTasks(state);
+  if (overrides.taskCount > 0) count.tasks = overrides.taskCount;
+  RebuildWorkerTilePartition(state, count.tasks);
+
+  const std::uint64_t prepTicks = static_cast<std::uint64_t>(TicksNow() - start);
+  StageAdd(6, prepTicks, 1);
+  std::uint64_t workerTicks = 0;
+  if (options.cutoff != 3) {
+    const std::int64_t workersStart = TicksNow();
+    RunTasks(surface, count.tasks, context);
+    workerTicks = static_cast<std::uint64_t>(TicksNow() - workersStart);
+    StageAdd(7, workerTicks, 1);
+  }
+  RecordStats(state, count, prepTicks, workerTicks);
+}
+
+void RenderFrame(const SurfaceView& surface, const RenderOptions& options) { RenderFrameWith(surface, options, {}); }
+
+void RenderFrame(const SurfaceView& surface) { RenderFrameWith(surface, RenderOptions{}, {}); }
+
+const FrameStats& LatestFrameStats() noexcept { return latestStats; }
+
+}  // namespace tlr2

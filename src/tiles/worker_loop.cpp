@@ -1,0 +1,114 @@
+// One task of a frame: it finds the triangles that touch its own macro tiles, then rasterises these tiles. It shares
+// nothing with the other tasks while it runs.
+#include <algorithm>
+#include <cstddef>
+
+#include "api/state/driver_state.h"
+#include "platform/clock.h"
+#include "platform/thread.h"
+#include "settings/occupancy.h"
+#include "settings/profiler.h"
+#include "settings/stage_counters.h"
+#include "tiles/discovery.h"
+#include "tiles/frame_tasks.h"
+
+namespace tlr2 {
+
+FrameAccumulators frameAccumulators;
+
+namespace {
+
+std::uint64_t Span(std::int64_t from, std::int64_t to) noexcept { return static_cast<std::uint64_t>(to - from); }
+
+struct MacroTile {
+  std::int32_t microX0, microY0, microX1, microY1;
+};
+
+MacroTile MicroRange(const FrameTaskContext& frame, std::int32_t tile) noexcept {
+  const std::int32_t macroY = tile / frame.macroCols, macroX = tile % frame.macroCols;
+  return {macroX * 4, macroY * 4, std::min(macroX * 4 + 4, frame.microCols), std::min(macroY * 4 + 4, frame.microRows)};
+}
+
+/// Empties the lists of the owned tiles, so that a second render of the same triangles does not double them.
+void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerPartition& partition) noexcept {
+  for (const std::int32_t tile : partition) {
+    const MacroTile macro = MicroRange(frame, tile);
+    for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
+      for (std::int32_t x = macro.microX0; x < macro.microX1; ++x)
+        state
+            .tileLists[static_cast<std::size_t>(y) * static_cast<std::size_t>(frame.microCols) +
+                       static_cast<std::size_t>(x)]
+            .clear();
+  }
+}
+
+void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile) {
+  const ScopeTimer macroScope("tlr2::RenderMacroTile");
+  const MacroTile macro = MicroRange(frame, tile);
+  // The grid can be larger than the surface, when a viewport was set without a context.
+  const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
+  const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
+  for (std::int32_t microY = macro.microY0; microY < macro.microY1; ++microY) {
+    for (std::int32_t microX = macro.microX0; microX < macro.microX1; ++microX) {
+      const ScopeTimer microScope("tlr2::RasterizeTile");
+      const std::size_t index = static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
+                                static_cast<std::size_t>(microX);
+      const TileEntryList& list = state.tileLists[index];
+      const std::int32_t x0 = microX * 8, y0 = microY * 8;
+      if (list.empty() || x0 >= width || y0 >= height) continue;
+      frame.kernel(&frame.kernelArgs, x0, y0, std::min(x0 + 8, width), std::min(y0 + 8, height), list.data(),
+                   static_cast<std::int32_t>(list.size()), &state.hizTable[index]);
+    }
+  }
+}
+
+}  // namespace
+
+void WorkerLoopEntry(const RJQ::JobRange* /*range*/, std::int32_t taskIndex, void* context) {
+  const ScopeTimer scope("tlr2::WorkerLoopEntry");
+  DriverState& state = DriverStateInstance();
+  const auto& frame = *static_cast<const FrameTaskContext*>(context);
+  if (taskIndex < 0 || static_cast<std::size_t>(taskIndex) >= state.partitions.size()) return;
+  const WorkerPartition& partition = state.partitions[static_cast<std::size_t>(taskIndex)];
+  if (partition.empty()) return;
+
+  const std::int64_t occupancyStart = OccupancyEnter();
+  const bool binOnly = frame.options != nullptr && frame.options->binOnly != 0;
+
+  const std::int64_t waitStart = TicksNow();
+  // Set before the job was enqueued. The queue's hand-over orders it; the word is read afresh in case it did not.
+  while (__atomic_load_n(&state.trianglesPublished, __ATOMIC_ACQUIRE) == 0) SpinPause();
+  const std::int64_t binStart = TicksNow();
+
+  const std::uint32_t count = state.publishedTriangleCount;
+  TileDiscoveryStats& record = DiscoveryRecord(taskIndex);
+  record.invocations.store(record.invocations.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+  EmptyLists(state, frame, partition);
+  DiscoveryCounts counts = {};
+  DiscoverTriangles(MakeDiscoveryGrid(state, taskIndex), state.triangles.data(), count, counts);
+  AddDiscovery(record, count, counts);
+
+  const std::int64_t rasterStart = TicksNow();
+  std::uint64_t macroTiles = 0;
+  for (const std::int32_t tile : partition) {
+    if (tile / frame.macroCols >= frame.macroRows) continue;
+    ++macroTiles;
+    if (!binOnly) RenderMacroTile(state, frame, tile);
+  }
+  const std::int64_t end = TicksNow();
+
+  const std::uint64_t binTicks = Span(binStart, rasterStart), rasterTicks = Span(rasterStart, end);
+  StageAdd(8, binTicks, 1);
+  StageAdd(9, rasterTicks, 1);
+  CounterAdd(frameAccumulators.macroTiles, macroTiles);
+  CounterAdd(frameAccumulators.wait, Span(waitStart, binStart));
+  CounterAdd(frameAccumulators.bin, binTicks);
+  CounterAdd(frameAccumulators.spare, 0);
+  CounterAdd(frameAccumulators.raster, rasterTicks);
+  CounterRaise(frameAccumulators.longestBin, binTicks);
+  CounterRaise(frameAccumulators.longestRaster, rasterTicks);
+  frameAccumulators.participants.fetch_add(1, std::memory_order_relaxed);
+  OccupancyLeave(occupancyStart);
+}
+
+}  // namespace tlr2
