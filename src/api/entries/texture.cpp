@@ -1,0 +1,116 @@
+// Texture objects and uploads. Each records before it acts; the application's pixels go to the blob at the time of the
+// call.
+#include <algorithm>
+#include <limits>
+
+#include "api/entries/entry_frame.h"
+#include "api/state/driver_state.h"
+#include "base/convert.h"
+#include "base/hash.h"
+#include "textures/texture_ops.h"
+
+namespace tlr2 {
+
+namespace {
+
+/// Appends an upload's record with its pixels in the blob. The record takes its place before the blob grows.
+template <typename Record>
+void AppendUpload(Record record, const void* pixels, std::uint64_t payload) {
+  CommandStream& stream = CommandStreamInstance();
+  std::uint8_t* place = stream.bytes.GrowUninitialized(sizeof(Record));
+  if (payload != 0) {
+    // More than the address space holds fails with the vector's length error.
+    const auto size =
+        static_cast<std::size_t>(std::min<std::uint64_t>(payload, std::numeric_limits<std::size_t>::max()));
+    record.blobOffset = BlobAppend(stream, pixels, size);
+    record.blobSize = payload;
+    record.hash = Fnv1a(pixels, size);
+  }
+  std::memcpy(place, &record, sizeof record);
+}
+
+}  // namespace
+
+void TLR2_STDCALL glGenTextures(GLsizei n, GLuint* textures) noexcept {
+  const ThreadGuard& guard = enter::glGenTextures(n, textures);
+  if (textures == nullptr || n < 1) return;
+  // The names are not recorded: the replay allocates them again by the same rule.
+  if (Records(guard)) AppendRecord(CmdGenTextures{.n = n});
+  DriverState& state = DriverStateInstance();
+  for (GLsizei i = 0; i < n; ++i) textures[i] = AllocateTextureName(state, Touch::kNote);
+}
+
+void TLR2_STDCALL glDeleteTextures(GLsizei n, const GLuint* textures) noexcept {
+  const ThreadGuard& guard = enter::glDeleteTextures(n, textures);
+  if (textures == nullptr || n < 1) return;
+  if (Records(guard)) {
+    CommandStream& stream = CommandStreamInstance();
+    std::uint8_t* place = stream.bytes.GrowUninitialized(sizeof(CmdDeleteTextures));
+    const std::uint64_t size = static_cast<std::uint64_t>(n) * sizeof(GLuint);
+    CmdDeleteTextures record{.n = n};
+    record.blobOffset =
+        BlobAppend(stream, textures,
+                   static_cast<std::size_t>(std::min<std::uint64_t>(size, std::numeric_limits<std::size_t>::max())));
+    record.blobSize = size;
+    std::memcpy(place, &record, sizeof record);
+  }
+  DeleteTextures(DriverStateInstance(), n, textures, Touch::kNote);
+}
+
+void TLR2_STDCALL glBindTexture(GLenum target, GLuint texture) noexcept {
+  const ThreadGuard& guard = enter::glBindTexture(target, texture);
+  if (Records(guard)) AppendRecord(CmdBindTexture{.target = target, .name = texture});
+  BindTexture(DriverStateInstance(), target, texture, Touch::kNote);
+}
+
+void TLR2_STDCALL glTexParameteri(GLenum target, GLenum pname, GLint param) noexcept {
+  const ThreadGuard& guard = enter::glTexParameteri(target, pname, param);
+  if (Records(guard)) AppendRecord(CmdTexParameteri{.target = target, .pname = pname, .param = param});
+  SetTextureParameter(DriverStateInstance(), target, pname, param, Touch::kNote);
+}
+
+// No record of its own: the entry it calls runs the whole frame again, so both calls count.
+void TLR2_STDCALL glTexParameterf(GLenum target, GLenum pname, GLfloat param) noexcept {
+  enter::glTexParameterf(target, pname, param);
+  glTexParameteri(target, pname, TruncateToInt(param));
+}
+
+void TLR2_STDCALL glTexImage2D(GLenum target, GLint level, GLint internalformat, GLsizei width, GLsizei height,
+                               GLint border, GLenum format, GLenum type, const void* pixels) noexcept {
+  const ThreadGuard& guard =
+      enter::glTexImage2D(target, level, internalformat, width, height, border, format, type, pixels);
+  const std::uint64_t payload = PayloadBytes(format, width, height, pixels != nullptr);
+  if (Records(guard))
+    AppendUpload(CmdTexImage2D{.target = target,
+                               .level = level,
+                               .internalformat = internalformat,
+                               .width = width,
+                               .height = height,
+                               .border = border,
+                               .format = format,
+                               .type = type},
+                 pixels, payload);
+  UploadImage(DriverStateInstance(), target, level, width, height, format, type,
+              static_cast<const std::uint8_t*>(pixels), payload, Touch::kNote);
+}
+
+void TLR2_STDCALL glTexSubImage2D(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLsizei width,
+                                  GLsizei height, GLenum format, GLenum type, const void* pixels) noexcept {
+  const ThreadGuard& guard =
+      enter::glTexSubImage2D(target, level, xoffset, yoffset, width, height, format, type, pixels);
+  const std::uint64_t payload = PayloadBytes(format, width, height, pixels != nullptr);
+  if (Records(guard))
+    AppendUpload(CmdTexSubImage2D{.target = target,
+                                  .level = level,
+                                  .xoffset = xoffset,
+                                  .yoffset = yoffset,
+                                  .width = width,
+                                  .height = height,
+                                  .format = format,
+                                  .type = type},
+                 pixels, payload);
+  UploadSubImage(DriverStateInstance(), target, level, xoffset, yoffset, width, height, format, type,
+                 static_cast<const std::uint8_t*>(pixels), payload, Touch::kNote);
+}
+
+}  // namespace tlr2
