@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "records/texture.h"
+#include "records/texture_cache_entry.h"
 #include "records/triangle.h"
 
 namespace tlr2 {

@@ -1,4 +1,4 @@
-// Textures in their two forms: the object that the calls change, and the flat per-frame entry that kernels gather from.
+// The texture object that the calls change.
 #pragma once
 
 #include <cstddef>
@@ -6,10 +6,9 @@
 
 #include "base/gl.h"
 #include "base/growing_vector.h"
+#include "records/texture_cache_entry.h"
 
 namespace tlr2 {
-
-inline constexpr int kMaxLevels = 16;
 
 /// Texels of all levels, 0xAARRGGBB, with one readable word of 0 ahead of the first and one behind the last. Lanes
 /// that sample past the end of a mip chain read the word ahead; a 1 by 1 texture with wild coordinates reads the one
@@ -66,26 +65,5 @@ struct TextureObject {
   std::uint32_t levelTexelBytes[kMaxLevels] = {};  // 4 for each level in use
   std::uint32_t levelOffset[kMaxLevels] = {};      // bytes from the first texel of level 0
 };
-
-/// What a kernel needs of one texture. 120 32-bit words, read by gathers.
-struct TextureCacheEntry {
-  std::int32_t width;  // 0: no texture
-  std::int32_t height;
-  std::int32_t baseLevel;  // always 0
-  std::int32_t levelWidth[kMaxLevels];
-  std::int32_t levelHeight[kMaxLevels];
-  std::int32_t levelStrideBytes[kMaxLevels];
-  std::int32_t levelTexelBytes[kMaxLevels];
-  std::int32_t levelOffsetBytes[kMaxLevels];
-  std::int32_t wrapClampS;  // 1 clamp, else repeat
-  std::int32_t wrapClampT;
-  std::int32_t reserved[3];
-  std::uint64_t texels[kMaxLevels];  // [0]: address of the first texel, sign-extended; the others 0
-};
-static_assert(sizeof(TextureCacheEntry) == 480);
-static_assert(offsetof(TextureCacheEntry, levelWidth) == 12 && offsetof(TextureCacheEntry, levelHeight) == 76);
-static_assert(offsetof(TextureCacheEntry, levelStrideBytes) == 140);
-static_assert(offsetof(TextureCacheEntry, levelOffsetBytes) == 268);
-static_assert(offsetof(TextureCacheEntry, wrapClampS) == 332 && offsetof(TextureCacheEntry, texels) == 352);
 
 }  // namespace tlr2

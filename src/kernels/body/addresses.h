@@ -1,0 +1,54 @@
+// From texel coordinates to byte offsets: wrapping, and the size, pitch and place of a level.
+#pragma once
+
+namespace tlr2 {
+namespace {
+
+/// A mip level's numbers, a lane each.
+struct Level {
+  Floats width, height;
+  Ints columns, rows;  // the same as integers
+  Ints strideBytes, offsetBytes;
+};
+
+LANE_FN Level UniformLevel(const TextureCacheEntry& entry, std::int32_t level) {
+  Level l;
+  l.columns = Splat(entry.levelWidth[level]);
+  l.rows = Splat(entry.levelHeight[level]);
+  l.width = ToFloats(l.columns);
+  l.height = ToFloats(l.rows);
+  l.strideBytes = Splat(entry.levelStrideBytes[level]);
+  l.offsetBytes = Splat(entry.levelOffsetBytes[level]);
+  return l;
+}
+
+/// `level` lies in 0 to 15 in every lane.
+LANE_FN Level GatheredLevel(const TextureCacheEntry& entry, Ints level) {
+  const Ints index = ShiftLeft<2>(level);
+  Level l;
+  l.columns = Gather(entry.levelWidth, index);
+  l.rows = Gather(entry.levelHeight, index);
+  l.width = ToFloats(l.columns);
+  l.height = ToFloats(l.rows);
+  l.strideBytes = Gather(entry.levelStrideBytes, index);
+  l.offsetBytes = Gather(entry.levelOffsetBytes, index);
+  return l;
+}
+
+/// Clamp, or a mask that is exact for powers of two and applied to every size. Coordinates may be wild; the result
+/// lies inside an existing level, or at most one word outside it where the level is past the end of the chain.
+LANE_FN Ints Wrap(bool clamp, Ints c, Ints size) {
+  const Ints last = Sub(size, Splat(1));
+  if (!clamp) return And(c, last);
+  return Select(Less(c, Splat(0)), Splat(0), Select(Less(c, size), c, last));
+}
+
+LANE_FN Ints RowOffset(const Level& level, Ints y) { return Add(level.offsetBytes, Mul(y, level.strideBytes)); }
+LANE_FN Ints TexelOffset(Ints rowOffset, Ints x) { return And(Add(ShiftLeft<2>(x), rowOffset), Splat(-4)); }
+
+LANE_FN const void* Texels(const TextureCacheEntry& entry) {
+  return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(entry.texels[0]));
+}
+
+}  // namespace
+}  // namespace tlr2

@@ -1,0 +1,78 @@
+// One step over the lanes: the list's triangles, in order, into the step's pixels.
+#pragma once
+
+namespace tlr2 {
+namespace {
+
+/// Coverage and depth of the four planes. Returns whether any lane lives.
+LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Centres& centres, Tile& tile,
+                           Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
+  Edges edges;
+  if (!SetUpEdges(t, edges)) return false;
+  if (!CoverTile(tile, centres, edges, fragments.live, weights)) return false;
+  if (t.depthTest == 0) return true;
+  if (!tile.depthLoaded) {
+    Ints words[kPlanes];
+    LoadPlanes(tile, args.depthPixels, args.depthStrideBytes, words);
+    for (int p = 0; p < kPlanes; ++p) tile.depth[p] = FromBits(words[p]);
+    tile.depthLoaded = true;
+  }
+  for (int p = 0; p < kPlanes; ++p) {
+    fragments.z[p] = Weigh(weights[p], t.z[0], t.z[1], t.z[2]);
+    fragments.live[p] = DepthPasses(t.depthFunc, fragments.z[p], tile.depth[p], fragments.live[p]);
+  }
+  return Any(Or(Or(fragments.live[0], fragments.live[1]), Or(fragments.live[2], fragments.live[3])));
+}
+
+/// Every plane shaded on its own. Planes are done within the triangle's turn: no plane reads what another one writes,
+/// so each pixel sees the same steps as with the planes outermost, without setting the triangles up four times.
+LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
+                          Tile& tile) {
+  for (int p = 0; p < kPlanes; ++p) {
+    if (!Any(fragments.live[p])) continue;
+    StorePlane(tile, *surface.triangle, fragments, p, ShadePlane(surface, weights[p]));
+  }
+}
+
+LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
+                        bool shareAll, Tile& tile) {
+  Color slot[kPlanes];
+  ShadeShared(surface, weights, shareAll, slot);
+  for (int p = 0; p < kPlanes; ++p) StorePlane(tile, *surface.triangle, fragments, p, slot[p]);
+}
+
+LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
+  if (tile.colorDirty) StorePlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
+  if (!tile.depthDirty) return;
+  Ints words[kPlanes];
+  for (int p = 0; p < kPlanes; ++p) words[p] = Bits(tile.depth[p]);
+  StorePlanes(tile, args.depthPixels, args.depthStrideBytes, words);
+}
+
+LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries, std::int32_t entryCount, float bound,
+                      Tile& tile) {
+  const Centres centres = TileCentres(tile);
+  for (std::int32_t i = 0; i < entryCount; ++i) {
+    const TriangleRecord& t = args.triangles[entries[i]];
+    if (BehindBound(t, bound)) continue;
+    Fragments fragments;
+    Barycentrics weights[kPlanes];
+    if (!FindFragments(args, t, centres, tile, fragments, weights)) continue;
+    if (!tile.colorLoaded) {
+      LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
+      tile.colorLoaded = tile.colorDirty = true;
+    }
+    if (t.depthTest != 0 && t.depthWrite != 0) tile.depthDirty = true;
+    Surface surface;
+    SetUpSurface(args, t, surface);
+    if (args.kernelMode == 0) {
+      DrawUnshared(surface, fragments, weights, tile);
+    } else {
+      DrawShared(surface, fragments, weights, args.kernelMode != 1, tile);
+    }
+  }
+  FinishTile(args, tile);
+}
+
+}  // namespace
+}  // namespace tlr2

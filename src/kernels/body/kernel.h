@@ -1,0 +1,43 @@
+// The kernel of one target: the target names the function and includes its lanes, then this body.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kernels/tile_kernel.h"
+#include "records/kernel_args.h"
+
+// Each stage builds on the ones above it.
+// clang-format off
+#include "kernels/body/layout.h"
+#include "kernels/body/edges.h"
+#include "kernels/body/coverage.h"
+#include "kernels/body/depth.h"
+#include "kernels/body/hiz.h"
+#include "kernels/body/perspective.h"
+#include "kernels/body/addresses.h"
+#include "kernels/body/fetch.h"
+#include "kernels/body/filter.h"
+#include "kernels/body/combine.h"
+#include "kernels/body/blend.h"
+#include "kernels/body/store.h"
+#include "kernels/body/sharing.h"
+#include "kernels/body/forms.h"
+// clang-format on
+
+namespace tlr2 {
+
+extern "C" void TLR2_TILE_KERNEL(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
+                                 std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount,
+                                 float* hizCell) {
+  if (entryCount <= 0) return;
+  const float bound = ScanBound(args->triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
+  *hizCell = bound;
+  for (std::int32_t y = y0; y < y1; y += kStepRows) {
+    Tile tile;
+    StartTile(tile, x0, y, x1, y1);
+    DrawStep(*args, entries, entryCount, bound, tile);
+  }
+}
+
+}  // namespace tlr2

@@ -1,0 +1,169 @@
+// Lanes of the avx512skx target: sixteen, in one 512-bit register, with fused products, hardware gathers and scatters.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#ifndef TLR2_EMULATED_AVX512  // a test supplies the intrinsics on machines without them
+#include <immintrin.h>
+#endif
+
+#include "kernels/lanes/inline.h"
+
+namespace tlr2 {
+namespace {
+
+constexpr int kLanes = 16;
+
+struct Floats {
+  __m512 v;
+};
+struct Ints {
+  __m512i v;
+};
+struct Mask {
+  __mmask16 m;
+};
+
+// Values.
+LANE_FN Floats Splat(float v) { return {_mm512_set1_ps(v)}; }
+LANE_FN Ints Splat(std::int32_t v) { return {_mm512_set1_epi32(v)}; }
+LANE_FN Mask NoLane() { return {0}; }
+LANE_FN Ints LaneColumns() { return {_mm512_setr_epi32(0, 2, 0, 2, 4, 6, 4, 6, 0, 2, 0, 2, 4, 6, 4, 6)}; }
+LANE_FN Ints LaneRows() { return {_mm512_setr_epi32(0, 2, 2, 0, 0, 2, 2, 0, 4, 6, 6, 4, 4, 6, 6, 4)}; }
+
+// Float arithmetic.
+LANE_FN Floats Add(Floats x, Floats y) { return {_mm512_add_ps(x.v, y.v)}; }
+LANE_FN Floats Sub(Floats x, Floats y) { return {_mm512_sub_ps(x.v, y.v)}; }
+LANE_FN Floats Mul(Floats x, Floats y) { return {_mm512_mul_ps(x.v, y.v)}; }
+LANE_FN Floats Div(Floats x, Floats y) { return {_mm512_div_ps(x.v, y.v)}; }
+LANE_FN Floats MulAdd(Floats x, Floats y, Floats z) { return {_mm512_fmadd_ps(x.v, y.v, z.v)}; }
+LANE_FN Floats MulSub(Floats x, Floats y, Floats z) { return {_mm512_fmsub_ps(x.v, y.v, z.v)}; }
+LANE_FN float MulSub(float x, float y, float z) {
+  return _mm_cvtss_f32(_mm_fmsub_ss(_mm_set_ss(x), _mm_set_ss(y), _mm_set_ss(z)));
+}
+/// x > y ? x : y, so the second operand where either is NaN.
+LANE_FN Floats Max(Floats x, Floats y) { return {_mm512_max_ps(x.v, y.v)}; }
+LANE_FN Floats Abs(Floats x) {
+  return {_mm512_castsi512_ps(_mm512_and_si512(_mm512_castps_si512(x.v), _mm512_set1_epi32(0x7FFFFFFF)))};
+}
+LANE_FN Floats Xor(Floats x, Floats y) {
+  return {_mm512_castsi512_ps(_mm512_xor_si512(_mm512_castps_si512(x.v), _mm512_castps_si512(y.v)))};
+}
+LANE_FN Floats Floor(Floats x) { return {_mm512_floor_ps(x.v)}; }
+/// Toward zero; NaN and what does not fit give 0x80000000.
+LANE_FN Ints Truncate(Floats x) { return {_mm512_cvttps_epi32(x.v)}; }
+LANE_FN Floats ToFloats(Ints x) { return {_mm512_cvtepi32_ps(x.v)}; }
+LANE_FN Ints Bits(Floats x) { return {_mm512_castps_si512(x.v)}; }
+LANE_FN Floats FromBits(Ints x) { return {_mm512_castsi512_ps(x.v)}; }
+
+// Float comparisons: ordered but for NotEqual.
+LANE_FN Mask Less(Floats x, Floats y) { return {_mm512_cmp_ps_mask(x.v, y.v, _CMP_LT_OQ)}; }
+LANE_FN Mask LessEqual(Floats x, Floats y) { return {_mm512_cmp_ps_mask(x.v, y.v, _CMP_LE_OQ)}; }
+LANE_FN Mask Equal(Floats x, Floats y) { return {_mm512_cmp_ps_mask(x.v, y.v, _CMP_EQ_OQ)}; }
+LANE_FN Mask NotEqual(Floats x, Floats y) { return {_mm512_cmp_ps_mask(x.v, y.v, _CMP_NEQ_UQ)}; }
+
+// Integer arithmetic, in 32 bits, wrapping.
+LANE_FN Ints Add(Ints x, Ints y) { return {_mm512_add_epi32(x.v, y.v)}; }
+LANE_FN Ints Sub(Ints x, Ints y) { return {_mm512_sub_epi32(x.v, y.v)}; }
+LANE_FN Ints Mul(Ints x, Ints y) { return {_mm512_mullo_epi32(x.v, y.v)}; }
+LANE_FN Ints And(Ints x, Ints y) { return {_mm512_and_si512(x.v, y.v)}; }
+LANE_FN Ints Min(Ints x, Ints y) { return {_mm512_min_epi32(x.v, y.v)}; }
+LANE_FN Ints Max(Ints x, Ints y) { return {_mm512_max_epi32(x.v, y.v)}; }
+template <int N>
+LANE_FN Ints ShiftLeft(Ints x) {
+  return {_mm512_slli_epi32(x.v, N)};
+}
+template <int N>
+LANE_FN Ints ShiftRight(Ints x) {
+  return {_mm512_srli_epi32(x.v, N)};
+}
+LANE_FN Mask Less(Ints x, Ints y) { return {_mm512_cmpgt_epi32_mask(y.v, x.v)}; }
+LANE_FN Mask Equal(Ints x, Ints y) { return {_mm512_cmpeq_epi32_mask(x.v, y.v)}; }
+
+// Masks.
+LANE_FN Mask And(Mask x, Mask y) { return {static_cast<__mmask16>(x.m & y.m)}; }
+LANE_FN Mask Or(Mask x, Mask y) { return {static_cast<__mmask16>(x.m | y.m)}; }
+LANE_FN bool Any(Mask m) { return m.m != 0; }
+LANE_FN bool All(Mask m) { return m.m == 0xFFFF; }
+LANE_FN Floats Select(Mask m, Floats x, Floats y) { return {_mm512_mask_blend_ps(m.m, y.v, x.v)}; }
+LANE_FN Ints Select(Mask m, Ints x, Ints y) { return {_mm512_mask_blend_epi32(m.m, y.v, x.v)}; }
+
+// Across lanes.
+LANE_FN __m256 LowHalf(Floats x) { return _mm512_castps512_ps256(x.v); }
+LANE_FN __m256 HighHalf(Floats x) { return _mm256_castpd_ps(_mm512_extractf64x4_pd(_mm512_castps_pd(x.v), 1)); }
+/// Pairwise tree over adjacent lanes.
+LANE_FN float Sum(Floats x) {
+  const __m256 pairs = _mm256_hadd_ps(LowHalf(x), HighHalf(x));
+  const __m256 fours = _mm256_hadd_ps(pairs, pairs);
+  const __m128 eights = _mm_add_ps(_mm256_castps256_ps128(fours), _mm256_extractf128_ps(fours, 1));
+  return _mm_cvtss_f32(_mm_add_ss(eights, _mm_shuffle_ps(eights, eights, 0x55)));
+}
+LANE_FN float Greatest(Floats x) {
+  const __m256 eights = _mm256_max_ps(LowHalf(x), HighHalf(x));
+  __m128 m = _mm_max_ps(_mm256_castps256_ps128(eights), _mm256_extractf128_ps(eights, 1));
+  m = _mm_max_ps(m, _mm_movehl_ps(m, m));
+  return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
+}
+LANE_FN std::int32_t FirstLane(Ints x) { return _mm_cvtsi128_si32(_mm512_castsi512_si128(x.v)); }
+/// Lanes 3, 2, 1, 0 of each group of four.
+LANE_FN Floats ReverseGroups(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
+/// Lanes 2, 3, 0, 1 of each group of four.
+LANE_FN Floats SwapGroupHalves(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
+
+// Colours.
+/// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
+LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
+  // Saturating to 16 and then to 8 bits clamps as the 32-bit clamp would, 0x80000000 to 0 included.
+  const __m512i bg = _mm512_packs_epi32(_mm512_cvttps_epi32(blue.v), _mm512_cvttps_epi32(green.v));
+  const __m512i ra = _mm512_packs_epi32(_mm512_cvttps_epi32(red.v), _mm512_cvttps_epi32(alpha.v));
+  const __m512i order = _mm512_set4_epi32(0x0F0B0703, 0x0E0A0602, 0x0D090501, 0x0C080400);
+  return {_mm512_shuffle_epi8(_mm512_packus_epi16(bg, ra), order)};
+}
+
+// Memory.
+/// Words at byte offsets, all lanes.
+LANE_FN Ints Gather(const void* base, Ints byteOffsets) { return {_mm512_i32gather_epi32(byteOffsets.v, base, 1)}; }
+/// The words at byte offsets and the words right behind them.
+LANE_FN void GatherPairs(const void* base, Ints byteOffsets, Ints& first, Ints& second) {
+  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(byteOffsets.v), base, 1);
+  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(byteOffsets.v, 1), base, 1);
+  const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+  first.v = _mm512_permutex2var_epi32(low, even, high);
+  second.v = _mm512_permutex2var_epi32(low, odd, high);
+}
+/// Words of the live lanes, 0 in the others, which are not read.
+LANE_FN Ints GatherLive(const void* base, Ints byteOffsets, Mask live) {
+  return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), live.m, byteOffsets.v, base, 1)};
+}
+/// Writes the words of the live lanes.
+LANE_FN void ScatterLive(void* base, Ints byteOffsets, Ints words, Mask live) {
+  _mm512_mask_i32scatter_epi32(base, live.m, byteOffsets.v, words.v, 1);
+}
+LANE_FN __m512i TwoRows(const char* upper, const char* lower) {
+  return _mm512_inserti64x4(_mm512_castsi256_si512(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(upper))),
+                            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(lower)), 1);
+}
+LANE_FN void PutTwoRows(char* upper, char* lower, __m512i rows) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(upper), _mm512_castsi512_si256(rows));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(lower), _mm512_extracti64x4_epi64(rows, 1));
+}
+/// The tile's rows of one plane row, its first row first: even columns to `even`, odd ones to `odd`.
+LANE_FN void LoadPlaneRows(const void* rows, std::ptrdiff_t strideBytes, Ints& even, Ints& odd) {
+  const char* r = static_cast<const char*>(rows);
+  const __m512i u = TwoRows(r, r + 4 * strideBytes), l = TwoRows(r + 2 * strideBytes, r + 6 * strideBytes);
+  const __m512 p = _mm512_castsi512_ps(_mm512_mask_blend_epi32(0xCCCC, u, l));
+  const __m512 q = _mm512_castsi512_ps(_mm512_mask_blend_epi32(0xCCCC, l, u));
+  even.v = _mm512_castps_si512(_mm512_shuffle_ps(p, q, 0x88));
+  odd.v = _mm512_castps_si512(_mm512_shuffle_ps(p, q, 0xDD));
+}
+LANE_FN void StorePlaneRows(void* rows, std::ptrdiff_t strideBytes, Ints even, Ints odd) {
+  char* r = static_cast<char*>(rows);
+  const __m512i p = _mm512_unpacklo_epi32(even.v, odd.v), q = _mm512_unpackhi_epi32(even.v, odd.v);
+  PutTwoRows(r, r + 4 * strideBytes, _mm512_mask_blend_epi32(0xCCCC, p, q));
+  PutTwoRows(r + 2 * strideBytes, r + 6 * strideBytes, _mm512_mask_blend_epi32(0xCCCC, q, p));
+}
+
+}  // namespace
+}  // namespace tlr2
