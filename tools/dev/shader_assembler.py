@@ -141,30 +141,35 @@ def signature(elements):
 
 
 def resource_definitions(program):
-    """Names and layout of the bound resources, for tools that look into the container."""
+    """Names and layout of the bound resources, for tools that look into the container. The order of the parts is the
+    usual one, on which readers rely: bindings, their names, buffers, fields, types and names of fields, creator."""
     bindings = [(n, 3, 0, 0, 0, slot, 0) for n, slot in program["samplers"]]
     bindings += [(n, 2, 5, 4, 0xFFFFFFFF, slot, 0xC) for n, slot in program["textures"]]
     bindings += [(b["name"], 0, 0, 0, 0, b["slot"], 0) for b in program["buffers"]]
-    strings_at = 28 + 32 * len(bindings) + sum(24 + 24 * len(b["fields"]) for b in program["buffers"])
-    kinds = sorted({f["width"] for b in program["buffers"] for f in b["fields"]})
-    types_at = strings_at
-    strings = Strings(types_at + 16 * len(kinds))
-    types = b"".join(struct.pack("<HHHHHHI", 0 if width == 1 else 1, 3, 1, width, 0, 0, 0) for width in kinds)
-    binding_part = b"".join(struct.pack("<8I", strings.offset(n), kind, ret, dim, samples, slot, 1, flags)
+    names = Strings(28 + 32 * len(bindings))
+    binding_part = b"".join(struct.pack("<8I", names.offset(n), kind, ret, dim, samples, slot, 1, flags)
                             for n, kind, ret, dim, samples, slot, flags in bindings)
+    binding_part = pad4(binding_part + names.data)
+
     buffers_at = 28 + len(binding_part)
-    buffer_part, field_part = b"", b""
     fields_at = buffers_at + 24 * len(program["buffers"])
+    types_at = fields_at + sum(24 * len(b["fields"]) for b in program["buffers"])
+    widths = sorted({f["width"] for b in program["buffers"] for f in b["fields"]})
+    field_names = Strings(types_at + 16 * len(widths))
+    buffer_part, field_part = b"", b""
     for b in program["buffers"]:
-        buffer_part += struct.pack("<6I", strings.offset(b["name"]), len(b["fields"]), fields_at + len(field_part),
+        buffer_part += struct.pack("<6I", names.offset(b["name"]), len(b["fields"]), fields_at + len(field_part),
                                    b["size"], 0, 0)
         for f in b["fields"]:
-            field_part += struct.pack("<6I", strings.offset(f["name"]), f["offset"], 4 * f["width"],
-                                      2 if f["used"] else 0, types_at + 16 * kinds.index(f["width"]), 0)
+            field_part += struct.pack("<6I", field_names.offset(f["name"]), f["offset"], 4 * f["width"],
+                                      2 if f["used"] else 0, types_at + 16 * widths.index(f["width"]), 0)
+    type_part = b"".join(struct.pack("<HHHHHHI", 0 if w == 1 else 1, 3, 1, w, 0, 0, 0) for w in widths)
+    body = binding_part + buffer_part + field_part + pad4(type_part + field_names.data)
+
     target = (0xFFFE if program["stage"] == "vs" else 0xFFFF) << 16 | 0x0400
     head = struct.pack("<7I", len(program["buffers"]), buffers_at if program["buffers"] else 0, len(bindings),
-                       28 if bindings else 0, target, 0x100, strings.offset(CREATOR))
-    return pad4(head + binding_part + buffer_part + field_part + types + strings.data)
+                       28 if bindings else 0, target, 0x100, 28 + len(body))
+    return pad4(head + body + CREATOR.encode() + b"\0")
 
 
 # ---- Tokens ------------------------------------------------------------------------------------------------------

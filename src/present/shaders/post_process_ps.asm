@@ -47,7 +47,7 @@ max r1.w, cb0[0].x, l(0.01)
 mul r1.xyz, r1.xyzx, r1.wwww
 exp r1.xyz, r1.xyzx
 
-mul r2.xyz, r1.xyzx, l(0.8784314, 0.8784314, 0.8784314, 0.0)     ; 219 / 255
+mul r2.xyz, r1.xyzx, l(0.8588235, 0.8588235, 0.8588235, 0.0)     ; 219 / 255
 add r2.xyz, r2.xyzx, l(0.0627451, 0.0627451, 0.0627451, 0.0)     ; 16 / 255
 add r2.xyz, r2.xyzx, -r1.xyzx
 mul r2.xyz, r2.xyzx, cb0[1].xxxx
