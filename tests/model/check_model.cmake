@@ -1,0 +1,23 @@
+# Runs spin on MODEL with DEFINES in the folder WORK. The first define says what must come out: EXPECT_NONE or
+# EXPECT_ERROR. A search that was cut short counts as neither.
+list(POP_FRONT DEFINES expected)
+file(MAKE_DIRECTORY ${WORK})
+list(TRANSFORM DEFINES PREPEND "-D")
+execute_process(COMMAND ${SPIN} -a ${DEFINES} ${MODEL} WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${CC} -O2 -w -DSAFETY -DCOLLAPSE -DVECTORSZ=2048 -o pan pan.c WORKING_DIRECTORY ${WORK}
+  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ./pan -m1000000 WORKING_DIRECTORY ${WORK} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+message("${output}")
+string(REGEX MATCH "errors: ([0-9]+)" found "${output}")
+set(errors "${CMAKE_MATCH_1}")
+if(NOT found)
+  message(FATAL_ERROR "the search did not end")
+elseif(expected STREQUAL "EXPECT_ERROR" AND errors EQUAL 0)
+  message(FATAL_ERROR "the weakened protocol passed")
+elseif(expected STREQUAL "EXPECT_NONE")
+  if(NOT errors EQUAL 0)
+    message(FATAL_ERROR "the protocol failed")
+  elseif(output MATCHES "max search depth too small|Search not completed")
+    message(FATAL_ERROR "the search was not exhaustive")
+  endif()
+endif()
