@@ -32,6 +32,13 @@ struct FrameAccumulators {
 };
 extern FrameAccumulators frameAccumulators;
 
+/// How many tasks a frame has. `requested` is the worker limit as it counts.
+struct TaskCount {
+  std::int32_t requested, tasks;
+};
+/// A limit of 0 or above `poolSize` is the full pool; never more tasks than macro tiles, never fewer than 1.
+TaskCount CountTasks(std::int32_t poolSize, std::int32_t workerLimit, std::int32_t macroTiles) noexcept;
+
 /// The job's function: discovery, then the kernels, for the partition of `taskIndex`.
 void WorkerLoopEntry(const RJQ::JobRange* range, std::int32_t taskIndex, void* context);
 

@@ -48,21 +48,6 @@ void FillDepth(const SurfaceView& surface, DriverState& state, float value) noex
   FillWords(state.hizTable.data(), bits, state.hizTable.size());
 }
 
-struct TaskCount {
-  std::int32_t requested, tasks;
-};
-
-TaskCount CountTasks(const DriverState& state) noexcept {
-  const RJQ::RenderJobQueue* pool = RJQ::Pool();
-  const std::int32_t poolSize = pool != nullptr ? RJQ::WorkerCount(pool) : 1;
-  std::int32_t limit = Settings().workerLimit;
-  if (limit == 0 || limit > poolSize) limit = poolSize;
-  std::int32_t tasks = std::max(limit, 1);
-  const std::int32_t macroTiles = state.macroCols * state.macroRows;
-  if (macroTiles >= 1) tasks = std::min(tasks, macroTiles);
-  return {limit, tasks};
-}
-
 void RunTasks(const SurfaceView& surface, std::int32_t tasks, FrameTaskContext& context) {
   RJQ::JobRange range = {};
   range.user[0] = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(surface.colorBuffer));
@@ -105,6 +90,12 @@ void RecordStats(const DriverState& state, const TaskCount& count, std::uint64_t
 }
 
 }  // namespace
+
+TaskCount CountTasks(std::int32_t poolSize, std::int32_t workerLimit, std::int32_t macroTiles) noexcept {
+  const std::int32_t limit = workerLimit == 0 || workerLimit > poolSize ? poolSize : workerLimit;
+  const std::int32_t tasks = std::max(limit, 1);
+  return {limit, macroTiles >= 1 ? std::min(tasks, macroTiles) : tasks};
+}
 
 void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, const FrameOverrides& overrides) {
   const ScopeTimer scope("tlr2::RenderFrame");
@@ -155,7 +146,9 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   state.publishedTriangleCount = static_cast<std::uint32_t>(state.triangles.size());
   __atomic_store_n(&state.trianglesPublished, std::uint8_t{1}, __ATOMIC_RELEASE);
 
-  TaskCount count = CountTasks(state);
+  const RJQ::RenderJobQueue* pool = RJQ::Pool();
+  TaskCount count = CountTasks(pool != nullptr ? RJQ::WorkerCount(pool) : 1, Settings().workerLimit,
+                               state.macroCols * state.macroRows);
   if (overrides.taskCount > 0) count.tasks = overrides.taskCount;
   RebuildWorkerTilePartition(state, count.tasks);
 

@@ -1,0 +1,452 @@
+// A frame over a surface, with a kernel that writes down what it was called with.
+#include "tiles/render_frame.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "api/state/driver_state.h"
+#include "settings/settings.h"
+#include "settings/stage_counters.h"
+#include "tiles/discovery.h"
+#include "tiles/frame_tasks.h"
+#include "tiles/grid/grid.h"
+#include "tiles/queue/render_job_queue.h"
+
+namespace tlr2 {
+namespace {
+
+std::atomic<int> kernelCalls;
+std::atomic<bool> kernelSawEmptyList;
+KernelFrameArgs lastArgs;  // written by single-task frames only
+
+/// Mixes the tile's list, in order, into each of its pixels: order, tile bounds and strides all show.
+void MixingKernel(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1, std::int32_t y1,
+                  const std::uint32_t* entries, std::int32_t count, float* hizCell) {
+  ++kernelCalls;
+  if (count <= 0) kernelSawEmptyList = true;
+  *hizCell = 0.25f;
+  for (std::int32_t y = y0; y < y1; ++y) {
+    auto* row = reinterpret_cast<std::uint32_t*>(reinterpret_cast<std::uint8_t*>(args->colorPixels) +
+                                                 static_cast<std::size_t>(y) * args->colorStrideBytes);
+    auto* depth = args->depthPixels + static_cast<std::size_t>(y) * (args->depthStrideBytes / 4);
+    for (std::int32_t x = x0; x < x1; ++x) {
+      for (std::int32_t i = 0; i < count; ++i) row[x] = (row[x] ^ (entries[i] + 1)) * 0x01000193u;
+      depth[x] = static_cast<float>(count);
+    }
+  }
+}
+
+void RememberingKernel(const KernelFrameArgs* args, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                       const std::uint32_t*, std::int32_t, float*) {
+  lastArgs = *args;
+  ++kernelCalls;
+}
+
+/// Buffers with guard words around every row.
+struct Target {
+  static constexpr std::uint32_t kGuard = 0xDEADBEEFu;
+  std::vector<std::uint32_t> color;
+  std::vector<float> depth;
+  SurfaceView view;
+
+  Target(std::int32_t width, std::int32_t height, std::uint32_t padding = 16)
+      : color(static_cast<std::size_t>(height) * (static_cast<std::size_t>(width) + padding / 4), kGuard),
+        depth(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) + 1, 0.5f) {
+    view.colorBuffer = color.data();
+    view.depthBuffer = depth.data();
+    view.width = width;
+    view.height = height;
+    view.rowPitch = static_cast<std::uint32_t>(width) * 4 + padding;
+  }
+  std::uint32_t At(std::int32_t x, std::int32_t y) const {
+    return color[static_cast<std::size_t>(y) * (view.rowPitch / 4) + static_cast<std::size_t>(x)];
+  }
+  bool PaddingUntouched() const {
+    for (std::int32_t y = 0; y < view.height; ++y)
+      for (std::uint32_t x = static_cast<std::uint32_t>(view.width); x < view.rowPitch / 4; ++x)
+        if (At(static_cast<std::int32_t>(x), y) != kGuard) return false;
+    return depth.back() == 0.5f;
+  }
+};
+
+void AddTriangle(float x0, float y0, float x1, float y1, float x2, float y2) {
+  TriangleRecord t = {};
+  t.textureIndex = kNoTexture;
+  t.x[0] = x0, t.x[1] = x1, t.x[2] = x2;
+  t.y[0] = y0, t.y[1] = y1, t.y[2] = y2;
+  DriverStateInstance().triangles.push_back(t);
+}
+
+class Frame : public testing::Test {
+ protected:
+  void SetUp() override {
+    DriverState& state = DriverStateInstance();
+    ResizeTileGrid(state, 0, 0);
+    state.partitions.clear();
+    ResetFrame(state);
+    state.clearColor = 0xFF102030u;
+    Settings().workerLimit = 0;
+    Settings().forceIsa = 0;
+    kernelCalls = 0;
+    kernelSawEmptyList = false;
+  }
+  void TearDown() override {
+    SetUp();
+    RJQ::StopPool();
+  }
+  static void Grid(std::int32_t width, std::int32_t height) { ResizeTileGrid(DriverStateInstance(), width, height); }
+  static void Render(const Target& target, FrameOverrides overrides = {MixingKernel, 0}, RenderOptions options = {}) {
+    RenderFrameWith(target.view, options, overrides);
+  }
+};
+
+TEST_F(Frame, ASurfaceWithoutBuffersDropsItsClearsAndKeepsItsTriangles) {
+  Grid(64, 64);
+  AddTriangle(0, 0, 32, 0, 0, 32);
+  for (int missing = 0; missing < 4; ++missing) {
+    Target target(64, 64);
+    if (missing == 0) target.view.colorBuffer = nullptr;
+    if (missing == 1) target.view.depthBuffer = nullptr;
+    if (missing == 2) target.view.width = 0;
+    if (missing == 3) target.view.height = 0;
+    DriverState& state = DriverStateInstance();
+    state.pendingColorClear = state.pendingDepthClear = 1;
+    Render(target);
+    EXPECT_EQ(state.pendingColorClear, 0);
+    EXPECT_EQ(state.pendingDepthClear, 0);
+    EXPECT_EQ(state.triangles.size(), 1u);
+    EXPECT_EQ(kernelCalls, 0);
+    EXPECT_EQ(target.color[0], Target::kGuard);
+    EXPECT_EQ(LatestFrameStats().triangleCount, 0u);
+  }
+}
+
+TEST_F(Frame, APendingColourClearFillsTheRowsAndNothingBesideThem) {
+  Target target(37, 5);
+  DriverState& state = DriverStateInstance();
+  state.pendingColorClear = 1;
+  state.pendingColorClearValue = 0x01020304u;
+  Render(target);
+  for (std::int32_t y = 0; y < 5; ++y)
+    for (std::int32_t x = 0; x < 37; ++x) ASSERT_EQ(target.At(x, y), 0x01020304u);
+  EXPECT_TRUE(target.PaddingUntouched());
+  EXPECT_EQ(state.pendingColorClear, 0);
+  EXPECT_EQ(target.depth[0], 0.5f);
+}
+
+TEST_F(Frame, ATightColourBufferIsFilledWhole) {
+  Target target(33, 7, 0);
+  DriverStateInstance().pendingColorClear = 1;
+  DriverStateInstance().pendingColorClearValue = 7;
+  Render(target);
+  EXPECT_EQ(target.color, std::vector<std::uint32_t>(33 * 7, 7u));
+}
+
+TEST_F(Frame, APendingDepthClearSetsTheBufferAndEveryBound) {
+  Grid(40, 40);
+  Target target(40, 40);
+  DriverState& state = DriverStateInstance();
+  state.pendingDepthClear = 1;
+  state.pendingDepthClearValue = 0.75f;
+  Render(target);
+  for (std::size_t i = 0; i < 40 * 40; ++i) ASSERT_EQ(target.depth[i], 0.75f);
+  EXPECT_TRUE(target.PaddingUntouched());
+  ASSERT_EQ(state.hizTable.size(), 25u);
+  for (const float bound : state.hizTable) EXPECT_EQ(bound, 0.75f);
+  EXPECT_EQ(state.pendingDepthClear, 0);
+}
+
+TEST_F(Frame, AnEmptyFrameRepaintsTheClearColourAndLeavesDepth) {
+  Grid(16, 16);
+  Target target(16, 16);
+  Render(target);
+  EXPECT_EQ(target.At(3, 3), 0xFF102030u);
+  EXPECT_EQ(target.depth[0], 0.5f);
+  RenderOptions keep;
+  keep.clearIfEmpty = 0;
+  DriverStateInstance().clearColor = 1;
+  Render(target, {MixingKernel, 0}, keep);
+  EXPECT_EQ(target.At(3, 3), 0xFF102030u);
+}
+
+TEST_F(Frame, AnEmptyFrameWithOnlyADepthClearStillRepaintsTheClearColour) {
+  Grid(16, 16);
+  Target target(16, 16);
+  DriverStateInstance().pendingDepthClear = 1;
+  Render(target);
+  EXPECT_EQ(target.At(0, 0), 0xFF102030u);
+  EXPECT_EQ(target.depth[0], 1.0f);
+}
+
+TEST_F(Frame, TrianglesWithoutAPendingClearKeepWhatTheBufferHolds) {
+  Grid(64, 64);
+  Target target(64, 64);
+  AddTriangle(0, 0, 4, 0, 0, 4);
+  Render(target);
+  EXPECT_EQ(target.At(40, 40), Target::kGuard);
+  EXPECT_EQ(kernelCalls, 1);
+}
+
+TEST_F(Frame, ThePictureDoesNotDependOnTheTaskCount) {
+  Grid(333, 222);
+  for (int i = 0; i < 700; ++i) {
+    const float x = static_cast<float>(i * 37 % 360 - 10), y = static_cast<float>(i * 53 % 250 - 10);
+    const float size = static_cast<float>(i % 11 == 0 ? 300 : 3 + i % 40);
+    AddTriangle(x, y, x + size, y + size * 0.3f, x + size * 0.2f, y + size);
+  }
+  std::vector<std::uint32_t> want;
+  for (const bool pool : {false, true}) {
+    if (pool) {
+      ASSERT_TRUE(RJQ::StartPool(64, 2));
+    }
+    for (const std::int32_t tasks : {1, 2, 7, 64}) {
+      Target target(333, 222);
+      DriverStateInstance().pendingColorClear = 1;
+      DriverStateInstance().pendingDepthClear = 1;
+      Render(target, {MixingKernel, tasks});
+      EXPECT_EQ(LatestFrameStats().activeTasks, tasks);
+      EXPECT_EQ(LatestFrameStats().participants, static_cast<std::uint32_t>(tasks));
+      EXPECT_EQ(LatestFrameStats().macroTiles, 11u * 7u);
+      EXPECT_TRUE(target.PaddingUntouched());
+      if (want.empty()) want = target.color;
+      EXPECT_EQ(target.color, want) << tasks;
+    }
+  }
+  EXPECT_FALSE(kernelSawEmptyList);
+}
+
+TEST_F(Frame, ASecondRenderWithoutAResetDoesNotDoubleTheLists) {
+  Grid(64, 64);
+  AddTriangle(0, 0, 60, 0, 0, 60);
+  Target first(64, 64), second(64, 64);
+  Render(first);
+  Render(second);
+  EXPECT_EQ(first.color, second.color);
+  EXPECT_EQ(DriverStateInstance().tileLists[0].size(), 1u);
+}
+
+TEST_F(Frame, AGridLargerThanTheSurfaceStaysInsideTheSurface) {
+  Grid(128, 128);
+  Target target(36, 21);
+  AddTriangle(0, 0, 500, 0, 0, 500);
+  Render(target);
+  EXPECT_TRUE(target.PaddingUntouched());
+  EXPECT_NE(target.At(35, 20), Target::kGuard);
+  EXPECT_EQ(kernelCalls, 5 * 3);
+}
+
+TEST_F(Frame, TilesAreClippedByTheGrid) {
+  Grid(33, 9);
+  Target target(64, 64);
+  AddTriangle(-500, -500, 500, -500, 0, 800);
+  Render(target);
+  EXPECT_NE(target.At(32, 8), Target::kGuard);
+  EXPECT_EQ(target.At(33, 8), Target::kGuard);
+  EXPECT_EQ(target.At(32, 9), Target::kGuard);
+}
+
+TEST_F(Frame, WithoutAGridOnlyTheClearsShow) {
+  Target target(16, 16);
+  DriverStateInstance().pendingColorClear = 1;
+  AddTriangle(0, 0, 8, 0, 0, 8);
+  Render(target);
+  EXPECT_EQ(kernelCalls, 0);
+  EXPECT_NE(target.At(0, 0), Target::kGuard);
+  EXPECT_EQ(LatestFrameStats().participants, 0u);
+  EXPECT_EQ(LatestFrameStats().triangleCount, 1u);
+}
+
+TEST_F(Frame, CutoffThreePreparesAndRunsNoTask) {
+  Grid(64, 64);
+  Target target(64, 64);
+  DriverState& state = DriverStateInstance();
+  state.pendingColorClear = 1;
+  state.pendingColorClearValue = 9;
+  AddTriangle(0, 0, 8, 0, 0, 8);
+  RenderOptions prep;
+  prep.cutoff = 3;
+  Render(target, {MixingKernel, 0}, prep);
+  EXPECT_EQ(kernelCalls, 0);
+  EXPECT_EQ(target.At(0, 0), 9u);
+  EXPECT_EQ(state.partitions.size(), 1u);
+  EXPECT_EQ(state.publishedTriangleCount, 1u);
+  EXPECT_EQ(state.trianglesPublished, 1);
+  EXPECT_TRUE(state.tileLists[0].empty());
+  EXPECT_EQ(LatestFrameStats().participants, 0u);
+}
+
+TEST_F(Frame, BinOnlyFillsListsAndCountsTilesButCallsNoKernel) {
+  Grid(64, 64);
+  Target target(64, 64);
+  AddTriangle(0, 0, 8, 0, 0, 8);
+  RenderOptions bin;
+  bin.binOnly = 1;
+  bin.cutoff = 4;
+  Render(target, {MixingKernel, 0}, bin);
+  EXPECT_EQ(kernelCalls, 0);
+  EXPECT_EQ(target.At(0, 0), Target::kGuard);
+  EXPECT_EQ(DriverStateInstance().tileLists[0].size(), 1u);
+  EXPECT_EQ(LatestFrameStats().macroTiles, 4u);
+}
+
+TEST_F(Frame, KernelArgumentsDescribeTheSurfaceAndTheFrame) {
+  Grid(64, 64);
+  Target target(50, 40);
+  AddTriangle(0, 0, 3, 0, 0, 3);
+  Settings().kernelMode = 2;
+  Render(target, {RememberingKernel, 0});
+  Settings().kernelMode = 1;
+  ASSERT_EQ(kernelCalls, 1);
+  EXPECT_EQ(lastArgs.colorStrideBytes, target.view.rowPitch);
+  EXPECT_EQ(lastArgs.colorPixels, target.color.data());
+  EXPECT_EQ(lastArgs.depthPixels, target.depth.data());
+  EXPECT_EQ(lastArgs.depthStrideBytes, 200u);
+  EXPECT_EQ(lastArgs.triangles, DriverStateInstance().triangles.data());
+  EXPECT_EQ(lastArgs.textureCacheCount, std::max<std::size_t>(DriverStateInstance().textureTable.size(), 1));
+  EXPECT_EQ(lastArgs.kernelMode, 2);
+}
+
+TEST_F(Frame, TenMacroTilesOverFourTasksAreThreeThreeTwoTwo) {
+  Grid(320, 32);
+  Target target(320, 32);
+  AddTriangle(0, 0, 3, 0, 0, 3);
+  Render(target, {MixingKernel, 4});
+  const DriverState& state = DriverStateInstance();
+  ASSERT_EQ(state.partitions.size(), 4u);
+  EXPECT_EQ(state.partitions[0].size(), 3u);
+  EXPECT_EQ(state.partitions[1].size(), 3u);
+  EXPECT_EQ(state.partitions[2].size(), 2u);
+  EXPECT_EQ(state.partitions[3].size(), 2u);
+}
+
+TEST(TaskCounts, FollowThePoolTheLimitAndTheMacroTiles) {
+  EXPECT_EQ(CountTasks(32, 0, 4).tasks, 4);
+  EXPECT_EQ(CountTasks(32, 0, 4).requested, 32);
+  EXPECT_EQ(CountTasks(8, 9, 100).tasks, 8);  // above the pool: the full pool
+  EXPECT_EQ(CountTasks(8, 8, 100).tasks, 8);
+  EXPECT_EQ(CountTasks(8, 3, 100).tasks, 3);
+  EXPECT_EQ(CountTasks(8, 3, 100).requested, 3);
+  EXPECT_EQ(CountTasks(1, 4096, 100).tasks, 1);
+  EXPECT_EQ(CountTasks(8, 0, 0).tasks, 8);  // no grid: no bound from it
+  EXPECT_EQ(CountTasks(8, -2, 100).tasks, 1);
+}
+
+TEST_F(Frame, TheWorkerLimitIsReadOnEachFrame) {
+  ASSERT_TRUE(RJQ::StartPool(64, 2));
+  const std::int32_t full = RJQ::WorkerCount(RJQ::Pool());
+  Grid(128, 128);
+  Target target(128, 128);
+  AddTriangle(0, 0, 100, 0, 0, 100);
+  Render(target);
+  EXPECT_EQ(LatestFrameStats().activeTasks, full);
+  Settings().workerLimit = 1;
+  Render(target);
+  EXPECT_EQ(LatestFrameStats().activeTasks, 1);
+  EXPECT_EQ(DriverStateInstance().partitions.size(), 1u);
+  Settings().workerLimit = full + 5;
+  Render(target);
+  EXPECT_EQ(LatestFrameStats().activeTasks, full);
+}
+
+TEST_F(Frame, TasksOutsideThePartitionTableReturnAtOnce) {
+  Grid(64, 64);
+  Target target(64, 64);
+  AddTriangle(0, 0, 3, 0, 0, 3);
+  Render(target);
+  const int calls = kernelCalls;
+  FrameTaskContext context = {};
+  WorkerLoopEntry(nullptr, -1, &context);
+  WorkerLoopEntry(nullptr, 1, &context);
+  EXPECT_EQ(kernelCalls, calls);
+}
+
+TEST_F(Frame, StageTimesAreAddedOnlyWhenTimingIsOn) {
+  Grid(64, 64);
+  Target target(64, 64);
+  AddTriangle(0, 0, 3, 0, 0, 3);
+  const auto counts = [](int stage) { return StageCountersInstance().counts[stage].load(); };
+  const std::uint64_t before[] = {counts(6), counts(7), counts(8), counts(9)};
+  Render(target);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(counts(6 + i), before[i]);
+  SetStageTiming(true);
+  Render(target, {MixingKernel, 3});
+  SetStageTiming(false);
+  EXPECT_EQ(counts(6), before[0] + 1);
+  EXPECT_EQ(counts(7), before[1] + 1);
+  EXPECT_EQ(counts(8), before[2] + 3);
+  EXPECT_EQ(counts(9), before[3] + 3);
+}
+
+TEST_F(Frame, TheRecordsSumUpOverTheProcess) {
+  Grid(64, 64);
+  Target target(64, 64);
+  AddTriangle(0, 0, 30, 0, 0, 30);
+  AddTriangle(-9, -9, -3, -9, -3, -3);
+  const TileDiscoveryStats& record = tileDiscoveryStats[0];
+  const std::uint64_t runs = record.invocations, seen = record.trianglesSeen, considered = record.microsConsidered;
+  Render(target);
+  Render(target);
+  EXPECT_EQ(record.invocations, runs + 2);
+  EXPECT_EQ(record.trianglesSeen, seen + 4);
+  EXPECT_EQ(record.microsConsidered, considered + 32);
+  EXPECT_EQ(record.microsConsidered, record.microsEdgeRejected + record.microsAccepted);
+}
+
+std::string Report() {
+  char* text = nullptr;
+  std::size_t size = 0;
+  std::FILE* file = open_memstream(&text, &size);
+  TileDiscoveryReport(file);
+  std::fclose(file);
+  std::string out(text, size);
+  std::free(text);
+  return out;
+}
+
+TEST(DiscoveryReport, SumsTheActiveRecordsInFixedLines) {
+  TileDiscoveryReport(nullptr);
+  for (TileDiscoveryStats& record : tileDiscoveryStats)
+    for (auto* word :
+         {&record.invocations, &record.trianglesSeen, &record.pickedByBox, &record.pickedByList,
+          &record.macrosVisitedByBox, &record.macrosSkippedByOwner, &record.macrosVisitedByList,
+          &record.macrosSkippedByBox, &record.microsConsidered, &record.microsEdgeRejected, &record.microsAccepted})
+      *word = 0;
+  EXPECT_EQ(Report(), "");
+  TileDiscoveryStats& a = tileDiscoveryStats[0];
+  TileDiscoveryStats& b = tileDiscoveryStats[7];
+  tileDiscoveryStats[3].microsConsidered = 1000;  // never invoked: not counted
+  a.invocations = 3, b.invocations = 4;
+  a.trianglesSeen = 10, b.trianglesSeen = 20;
+  a.pickedByBox = 1, b.pickedByBox = 2;
+  a.pickedByList = 3, b.pickedByList = 4;
+  a.macrosVisitedByBox = 5, b.macrosVisitedByBox = 6;
+  a.macrosSkippedByOwner = 1, b.macrosSkippedByOwner = 1;
+  a.macrosVisitedByList = 7, b.macrosVisitedByList = 8;
+  a.macrosSkippedByBox = 2, b.macrosSkippedByBox = 3;
+  a.microsConsidered = 100, b.microsConsidered = 300;
+  a.microsEdgeRejected = 30, b.microsEdgeRejected = 31;
+  a.microsAccepted = 70, b.microsAccepted = 269;
+  EXPECT_EQ(Report(),
+            "\n=== Phase Q worker-side tile discovery stats ===\n"
+            "  active task partitions:      2\n"
+            "  task-loop invocations:       7 (avg 3 / task)\n"
+            "  triangles seen (sum):        30\n"
+            "  triangles picked bbox-iter:  3\n"
+            "  triangles picked owned-list: 7\n"
+            "  macros visited (bbox-iter):  11  (skipped by owner 2)\n"
+            "  macros visited (owned-iter): 15  (skipped by bbox 5)\n"
+            "  micros considered:           400\n"
+            "  micros edge-rejected:        61 (15.2%)\n"
+            "  micros accepted (binned):    339 (84.8%)\n"
+            "  worker imbalance (micros):   min=100 max=300 max/min=3.00x\n");
+  b.microsConsidered = 0;
+  EXPECT_NE(Report().find("min=0 max=100 max/min=0.00x\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tlr2
