@@ -178,9 +178,10 @@ TEST_F(Frame, AnEmptyFrameWithOnlyADepthClearStillRepaintsTheClearColour) {
   Grid(16, 16);
   Target target(16, 16);
   DriverStateInstance().pendingDepthClear = 1;
+  DriverStateInstance().pendingDepthClearValue = 0.875f;
   Render(target);
   EXPECT_EQ(target.At(0, 0), 0xFF102030u);
-  EXPECT_EQ(target.depth[0], 1.0f);
+  EXPECT_EQ(target.depth[0], 0.875f);
 }
 
 TEST_F(Frame, TrianglesWithoutAPendingClearKeepWhatTheBufferHolds) {
