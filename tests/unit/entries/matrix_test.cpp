@@ -99,10 +99,22 @@ TEST_F(Matrix, ARotationIsTheFormulaInSinglePrecision) {
     return static_cast<float>(abd);
   };
   volatile float sz = s * nz, sy = s * ny, sx = s * nx;
-  const float expected[16] = {product(nx, nx, k) + c,  product(nx, ny, k) + sz, product(nx, nz, k) - sy, 0,
-                              product(nx, ny, k) - sz, product(ny, ny, k) + c,  product(ny, nz, k) + sx, 0,
-                              product(nx, nz, k) + sy, product(ny, nz, k) - sx, product(nz, nz, k) + c,  0,
-                              0,                       0,                       0,                       1};
+  const float expected[16] = {product(nx, nx, k) + c,
+                              product(nx, ny, k) + sz,
+                              product(nx, nz, k) - sy,
+                              0,
+                              product(nx, ny, k) - sz,
+                              product(ny, ny, k) + c,
+                              product(ny, nz, k) + sx,
+                              0,
+                              product(nx, nz, k) + sy,
+                              product(ny, nz, k) - sx,
+                              product(nz, nz, k) + c,
+                              0,
+                              0,
+                              0,
+                              0,
+                              1};
   for (int i = 0; i < 16; ++i) EXPECT_EQ(top()[i], expected[i]) << i;
   EXPECT_EQ(state().matricesDirty, 1);
 }

@@ -1,0 +1,166 @@
+// Texture entries: what they record and what they do to the table.
+#include <vector>
+
+#include "base/hash.h"
+#include "entry_fixture.h"
+
+namespace tlr2 {
+namespace {
+
+using Textures = Entries;
+
+TEST_F(Textures, AnUploadRecordsItsArgumentsAndCopiesItsPixels) {
+  glBindTexture(gl::kTexture2D, 3);
+  std::vector<std::uint8_t> pixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  const std::uint32_t hash = Fnv1a(pixels.data(), pixels.size());
+  glTexImage2D(gl::kTexture2D, 0, 3, 2, 2, 0, gl::kRgb, gl::kUnsignedByte, pixels.data());
+  const auto record = last<CmdTexImage2D>();
+  EXPECT_EQ(record.internalformat, 3);
+  EXPECT_EQ(record.width, 2);
+  EXPECT_EQ(record.height, 2);
+  EXPECT_EQ(record.blobOffset, 0u);
+  EXPECT_EQ(record.blobSize, 12u);
+  EXPECT_EQ(record.hash, hash);
+  ASSERT_EQ(stream().blob.size(), 12u);
+  pixels[0] = 99;  // the application may change its memory afterwards
+  EXPECT_EQ(stream().blob[0], 1);
+  EXPECT_EQ(state().textureTable[3].pixels[0], 0xFF010203u);
+  EXPECT_EQ(glIsTexture(3), 1);
+}
+
+TEST_F(Textures, NullPixelsRecordSizesAndAnEmptyBlob) {
+  glTexImage2D(gl::kTexture2D, 0, 4, 4, 2, 0, gl::kRgba, gl::kUnsignedByte, nullptr);
+  const auto record = last<CmdTexImage2D>();
+  EXPECT_EQ(record.width, 4);
+  EXPECT_EQ(record.blobOffset, 0u);
+  EXPECT_EQ(record.blobSize, 0u);
+  EXPECT_EQ(record.hash, 0u);
+  EXPECT_TRUE(stream().blob.empty());
+  ASSERT_EQ(state().textureTable.size(), 1u);
+  EXPECT_EQ(state().textureTable[0].pixels[0], 0xFF000000u);
+}
+
+TEST_F(Textures, AnUnknownFormatCountsFourBytesAPixel) {
+  const std::uint8_t pixels[24] = {};
+  glTexImage2D(gl::kTexture2D, 0, 4, 3, 2, 0, 0x9999, gl::kUnsignedByte, pixels);
+  EXPECT_EQ(last<CmdTexImage2D>().blobSize, 24u);
+  glTexImage2D(gl::kTexture2D, 0, 4, 3, 2, 0, gl::kLuminance, 0x1403, pixels);
+  EXPECT_EQ(last<CmdTexImage2D>().blobSize, 6u);
+  EXPECT_EQ(last<CmdTexImage2D>().blobOffset, 24u);
+}
+
+TEST_F(Textures, NonPositiveSizesHaveNoPayload) {
+  const std::uint8_t pixels[4] = {};
+  glTexImage2D(gl::kTexture2D, 0, 4, -1, 5, 0, gl::kRgba, gl::kUnsignedByte, pixels);
+  EXPECT_EQ(last<CmdTexImage2D>().blobSize, 0u);
+  EXPECT_EQ(last<CmdTexImage2D>().width, -1);
+  glTexSubImage2D(gl::kTexture2D, 0, 0, 0, 5, 0, gl::kRgba, gl::kUnsignedByte, pixels);
+  EXPECT_EQ(last<CmdTexSubImage2D>().blobSize, 0u);
+}
+
+TEST_F(Textures, APartOfAnImageIsReplacedAndItsRecordHoldsTheOffsets) {
+  std::vector<std::uint8_t> image(4 * 4 * 4, 0x10), part(2 * 1 * 4, 0x20);
+  glTexImage2D(gl::kTexture2D, 0, 4, 4, 4, 0, gl::kBgra, gl::kUnsignedByte, image.data());
+  glTexSubImage2D(gl::kTexture2D, 0, 1, 2, 2, 1, gl::kBgra, gl::kUnsignedByte, part.data());
+  const auto record = last<CmdTexSubImage2D>();
+  EXPECT_EQ(record.xoffset, 1);
+  EXPECT_EQ(record.yoffset, 2);
+  EXPECT_EQ(record.width, 2);
+  EXPECT_EQ(record.blobOffset, 64u);
+  const TextureObject& object = state().textureTable[0];
+  EXPECT_EQ(object.pixels[2 * 4 + 1], 0x20202020u);
+  EXPECT_EQ(object.pixels[2 * 4 + 3], 0x10101010u);
+  EXPECT_EQ(object.pixels[16], 0x10101010u);  // the next level keeps its old texels
+}
+
+TEST_F(Textures, AHigherLevelIsRecordedAndLeavesTheObject) {
+  const std::uint8_t pixels[16] = {};
+  glTexImage2D(gl::kTexture2D, 1, 4, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, pixels);
+  EXPECT_EQ(last<CmdTexImage2D>().level, 1);
+  EXPECT_EQ(last<CmdTexImage2D>().blobSize, 16u);
+  EXPECT_TRUE(state().textureTable.empty() || state().textureTable[0].hasImage == 0);
+}
+
+TEST_F(Textures, GeneratedNamesAreDenseAndReusedAndNotRecorded) {
+  GLuint a[2] = {}, b[1] = {};
+  glGenTextures(2, a);
+  EXPECT_EQ(a[0], 1u);
+  EXPECT_EQ(a[1], 2u);
+  EXPECT_EQ(last<CmdGenTextures>().n, 2);
+  glDeleteTextures(1, a);
+  glGenTextures(1, b);
+  EXPECT_EQ(b[0], a[0]);
+  EXPECT_EQ(glIsTexture(b[0]), 0);  // a name without an image
+  EXPECT_EQ(glIsTexture(0), 0);
+  EXPECT_EQ(glIsTexture(1000), 0);
+}
+
+TEST_F(Textures, DeletionRecordsItsNamesInTheBlob) {
+  GLuint names[3] = {};
+  glGenTextures(3, names);
+  glBindTexture(gl::kTexture2D, names[1]);
+  const GLuint list[3] = {0, names[1], 77};
+  glDeleteTextures(3, list);
+  const auto record = last<CmdDeleteTextures>();
+  EXPECT_EQ(record.n, 3);
+  EXPECT_EQ(record.blobSize, 12u);
+  ASSERT_EQ(stream().blob.size(), 12u);
+  EXPECT_EQ(std::memcmp(stream().blob.data(), list, 12), 0);
+  EXPECT_EQ(state().boundTexture, 0u);
+  EXPECT_EQ(state().textureTable[0].inUse, 1);
+  EXPECT_EQ(state().textureTable[names[1]].inUse, 0);
+}
+
+TEST_F(Textures, EmptyListsDoNothingAndAreNotRecorded) {
+  GLuint name = 5;
+  const std::uint64_t calls = CallsOf(Entry::glGenTextures);
+  glGenTextures(0, &name);
+  glGenTextures(-1, &name);
+  glGenTextures(1, nullptr);
+  glDeleteTextures(0, &name);
+  glDeleteTextures(2, nullptr);
+  EXPECT_EQ(CallsOf(Entry::glGenTextures), calls + 3);
+  EXPECT_EQ(name, 5u);
+  EXPECT_EQ(recordCount(), 0u);
+  EXPECT_TRUE(stream().blob.empty());
+}
+
+TEST_F(Textures, BindingCreatesSlotsUpToTheName) {
+  glBindTexture(gl::kTexture2D, 500);
+  ASSERT_EQ(state().textureTable.size(), 501u);
+  EXPECT_EQ(state().textureTable[500].inUse, 1);
+  EXPECT_EQ(state().textureTable[499].inUse, 0);
+  EXPECT_EQ(state().boundTexture, 500u);
+}
+
+TEST_F(Textures, AnotherTargetIsRecordedAndChangesNothing) {
+  glBindTexture(0x0DE0, 5);
+  EXPECT_EQ(last<CmdBindTexture>().name, 5u);
+  EXPECT_EQ(state().boundTexture, 0u);
+  EXPECT_TRUE(state().textureTable.empty());
+}
+
+TEST_F(Textures, TheFloatFormOfAParameterCountsTwiceAndTruncates) {
+  const std::uint64_t outer = CallsOf(Entry::glTexParameterf), inner = CallsOf(Entry::glTexParameteri);
+  glTexParameterf(gl::kTexture2D, gl::kTextureMinFilter, 9728.6f);
+  EXPECT_EQ(CallsOf(Entry::glTexParameterf), outer + 1);
+  EXPECT_EQ(CallsOf(Entry::glTexParameteri), inner + 1);
+  EXPECT_EQ(recordCount(), 1u);
+  EXPECT_EQ(last<CmdTexParameteri>().param, 0x2600);
+  EXPECT_EQ(state().textureTable[0].minFilter, 0x2600u);
+}
+
+TEST_F(Textures, AnEntrySavesTheRecordThatItChangesForTheKeyframeOnce) {
+  glBindTexture(gl::kTexture2D, 2);
+  TakeKeyframe();
+  const std::uint8_t pixels[4] = {1, 2, 3, 4};
+  glTexImage2D(gl::kTexture2D, 0, 4, 1, 1, 0, gl::kRgba, gl::kUnsignedByte, pixels);
+  glTexParameteri(gl::kTexture2D, gl::kTextureWrapS, 0x2900);
+  ASSERT_EQ(LiveKeyframeInstance().pendingIds.size(), 1u);
+  EXPECT_EQ(LiveKeyframeInstance().pendingIds[0], 2u);
+  EXPECT_EQ(LiveKeyframeInstance().pendingRecords[0].hasImage, 0);
+  EXPECT_EQ(LiveKeyframeInstance().pendingRecords[0].wrapS, static_cast<std::uint32_t>(gl::kRepeat));
+}
+
+}  // namespace
+}  // namespace tlr2
