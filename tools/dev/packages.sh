@@ -12,6 +12,7 @@ packages=(
   wine wine64 wine32:i386 xvfb xauth imagemagick xdotool fonts-wine fonts-liberation
   mesa-vulkan-drivers mesa-vulkan-drivers:i386 libvulkan1 libvulkan1:i386
   libgl1:i386 libgl1-mesa-dri:i386
+  vkd3d-compiler spirv-tools
 )
 
 missing=()

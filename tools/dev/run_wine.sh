@@ -7,7 +7,7 @@
 #   --screenshot FILE   save the display as a PNG, --after SECONDS (default 3) once the program has started
 #   --after SECONDS     when to take the screenshot
 #   --timeout SECONDS   end the program then, with exit code 124 (default 600)
-#   --builtin           use Wine's own opengl32 instead of the one beside the program
+#   --builtin           use Wine's own opengl32 even where one lies beside the program
 #   --session           run a native command, as in `--session ctest`, with one display and one Wine for all its programs
 #
 # The current directory stays the caller's. The exit code is the program's. The prefix is chosen by the program's word
@@ -106,9 +106,10 @@ bits=$(word_size "$1")
 [ -e "$rig/win$bits/.complete" ] || "$here/setup_rig.sh" --prefixes 9>&-
 export WINEPREFIX=$rig/win$bits WINEARCH=win$bits
 export WINEDEBUG=${WINEDEBUG:--all}
-if [ "$builtin" -eq 0 ]; then
-  export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:+$WINEDLLOVERRIDES;}opengl32=n
-fi
+# Only where there is one: Wine's Direct3D imports that name too, and with nothing to load it would not load either.
+override=opengl32=b
+[ "$builtin" -eq 1 ] || [ ! -f "$(dirname "$1")/opengl32.dll" ] || override=opengl32=n
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:+$WINEDLLOVERRIDES;}$override
 
 timeout --kill-after=10 "$limit" wine "$@" 9>&- &
 running=$!

@@ -8,64 +8,9 @@
 set -euo pipefail
 
 rig=${TLR2_RIG:-${XDG_CACHE_HOME:-$HOME/.cache}/tlr2-rig}
-codename=$(. /etc/os-release && echo "${VERSION_CODENAME:-stable}")
-
-build_packages=(cmake ninja-build ccache g++ googletest python3 clang-19 libclang-rt-19-dev clang-tidy-19 clang-format-19
-  g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix)
-# The 32-bit native build is a convenience; on a machine where it conflicts the rest still serves.
-build32_packages=(g++-multilib libosmesa6:i386)
-run_packages=(wine wine32:i386 wine64 mesa-vulkan-drivers mesa-vulkan-drivers:i386 libvulkan1 libvulkan1:i386
-  libgl1:i386 libgl1-mesa-dri:i386 xvfb fonts-wine fonts-liberation imagemagick xdotool x11-apps x11-utils
-  vkd3d-compiler spirv-tools)
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
 say() { echo "setup_rig: $*" >&2; }
-
-as_root() {
-  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo -n "$@"; fi
-}
-
-missing() {
-  local package
-  for package in "$@"; do
-    dpkg-query -W -f '${db:Status-Abbrev}\n' "$package" 2>/dev/null | grep -q '^ii' || echo "$package"
-  done
-}
-
-update_lists() {
-  # A mirror in the middle of a synchronisation answers with mismatched sums for a minute or two.
-  local try
-  for try in 1 2 3 4 5; do
-    if as_root apt-get -qq update; then return 0; fi
-    say "package lists failed (try $try), waiting"
-    sleep $((try * 10))
-  done
-  return 1
-}
-
-install() {
-  local wanted
-  mapfile -t wanted < <(missing "$@")
-  [ "${#wanted[@]}" -gt 0 ] || return 0
-  say "installing ${wanted[*]}"
-  local options=(-y -qq --no-install-recommends -o Dpkg::Use-Pty=0)
-  # When one architecture has newer security versions than the other offers, only the release itself fits together.
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install "${options[@]}" "${wanted[@]}" >&2 ||
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install "${options[@]}" --allow-downgrades -t "$codename" \
-      "${wanted[@]}" >&2
-}
-
-setup_packages() {
-  local all=("${build_packages[@]}" "${build32_packages[@]}" "${run_packages[@]}")
-  if [ -z "$(missing "${all[@]}")" ] && dpkg --print-foreign-architectures | grep -qx i386; then
-    say "packages: all there"
-    return 0
-  fi
-  dpkg --print-foreign-architectures | grep -qx i386 || as_root dpkg --add-architecture i386
-  update_lists
-  install "${build_packages[@]}"
-  install "${run_packages[@]}"
-  install "${build32_packages[@]}" || say "no 32-bit native build on this machine"
-}
 
 # setup_prefix BITS: a prefix in which Direct3D 11, Direct2D and DirectWrite work beside a replaced opengl32.dll.
 setup_prefix() {
@@ -108,8 +53,8 @@ setup_prefixes() {
 }
 
 case ${1:-} in
-  '') setup_packages; setup_prefixes ;;
-  --packages) setup_packages ;;
+  '') bash "$here/packages.sh"; setup_prefixes ;;
+  --packages) bash "$here/packages.sh" ;;
   --prefixes) setup_prefixes ;;
   *) sed -n '2,8s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
 esac
