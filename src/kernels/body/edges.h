@@ -15,7 +15,16 @@ struct Edges {
 
 constexpr float kEdgeBias = 0.00390625f;  // 1/256, in units of the edge function
 
-/// Returns false where the area is exactly 0.
+LANE_FN bool Finite(float v) { return __builtin_fabsf(v) <= 0x1.fffffep+127f; }
+
+/// A vertex at infinity, or none at all, yields no pixel, though some comparisons would pass. A finite area has only
+/// finite vertices.
+LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
+  if (__builtin_expect(Finite(area), 1)) return true;
+  return Finite(t.x[0]) && Finite(t.x[1]) && Finite(t.x[2]) && Finite(t.y[0]) && Finite(t.y[1]) && Finite(t.y[2]);
+}
+
+/// Returns false where the triangle has no pixel anywhere: its area is exactly 0, or a vertex is not finite.
 LANE_FN bool SetUpEdges(const TriangleRecord& triangle, Edges& edges) {
   for (int i = 0; i < 3; ++i) {
     const int j = i == 2 ? 0 : i + 1;
@@ -25,7 +34,7 @@ LANE_FN bool SetUpEdges(const TriangleRecord& triangle, Edges& edges) {
     edges.dy[i] = triangle.y[j] - triangle.y[i];
   }
   const float area = MulSub(edges.dx[0], triangle.y[2] - triangle.y[0], edges.dy[0] * (triangle.x[2] - triangle.x[0]));
-  if (area == 0.0f) return false;
+  if (area == 0.0f || !FiniteVertices(triangle, area)) return false;
   edges.positive = area > 0.0f;
   edges.inverseArea = 1.0f / area;
   for (int i = 0; i < 3; ++i) {

@@ -4,12 +4,12 @@
 namespace tlr2 {
 namespace {
 
-/// On the scale 0 to 255: the way to 0 to 1 and back gives every byte exactly, so it is left out.
+/// On the scale 0 to 1. The way there and back to 255 cannot be left out: it raises 129 of the bytes by a last unit.
 LANE_FN Color SampleNearest(const TextureCacheEntry& entry, Floats s, Floats t) {
   const Level level = UniformLevel(entry, 0);
   const Ints x = Truncate(Floor(Mul(s, level.width))), y = Truncate(Floor(Mul(t, level.height)));
   const Ints column = Wrap(entry.wrapClampS == 1, x, level.columns), row = Wrap(entry.wrapClampT == 1, y, level.rows);
-  return UnpackBytes(Gather(Texels(entry), TexelOffset(RowOffset(level, row), column)));
+  return Scale(UnpackBytes(Gather(Texels(entry), TexelOffset(RowOffset(level, row), column))), kByteScale);
 }
 
 template <int Shift>
@@ -85,7 +85,7 @@ LANE_FN Color FilterLevels(const TextureCacheEntry& entry, Ints level, Floats s,
 
 /// On the scale 0 to 255.
 LANE_FN Color SampleTexture(const TextureCacheEntry& entry, std::uint32_t filter, Floats s, Floats t) {
-  if (filter == 0) return SampleNearest(entry, s, t);
+  if (filter == 0) return Scale(SampleNearest(entry, s, t), 255.0f);
   if (filter == 2) return Scale(FilterLevel(entry, UniformLevel(entry, 0), s, t), 255.0f);
   Color c;
   SampleTrilinear(entry, s, t, c);
