@@ -1,7 +1,6 @@
 // Texture objects and uploads. Each records before it acts; the application's pixels go to the blob at the time of the
 // call.
-#include <algorithm>
-#include <limits>
+#include <stdexcept>
 
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
@@ -13,15 +12,19 @@ namespace tlr2 {
 
 namespace {
 
+/// A size for the blob. More than a vector holds fails as its growth would, also where a size has 32 bits.
+std::size_t BlobBytes(std::uint64_t bytes) {
+  if (bytes > 0x7FFFFFFFu) throw std::length_error("vector too long");
+  return static_cast<std::size_t>(bytes);
+}
+
 /// Appends an upload's record with its pixels in the blob. The record takes its place before the blob grows.
 template <typename Record>
 void AppendUpload(Record record, const void* pixels, std::uint64_t payload) {
   CommandStream& stream = CommandStreamInstance();
   std::uint8_t* place = stream.bytes.GrowUninitialized(sizeof(Record));
   if (payload != 0) {
-    // More than the address space holds fails with the vector's length error.
-    const auto size =
-        static_cast<std::size_t>(std::min<std::uint64_t>(payload, std::numeric_limits<std::size_t>::max()));
+    const std::size_t size = BlobBytes(payload);
     record.blobOffset = BlobAppend(stream, pixels, size);
     record.blobSize = payload;
     record.hash = Fnv1a(pixels, size);
@@ -46,11 +49,9 @@ void TLR2_STDCALL glDeleteTextures(GLsizei n, const GLuint* textures) noexcept {
   if (Records(guard)) {
     CommandStream& stream = CommandStreamInstance();
     std::uint8_t* place = stream.bytes.GrowUninitialized(sizeof(CmdDeleteTextures));
-    const std::uint64_t size = static_cast<std::uint64_t>(n) * sizeof(GLuint);
+    const std::size_t size = BlobBytes(static_cast<std::uint64_t>(n) * sizeof(GLuint));
     CmdDeleteTextures record{.n = n};
-    record.blobOffset =
-        BlobAppend(stream, textures,
-                   static_cast<std::size_t>(std::min<std::uint64_t>(size, std::numeric_limits<std::size_t>::max())));
+    record.blobOffset = BlobAppend(stream, textures, size);
     record.blobSize = size;
     std::memcpy(place, &record, sizeof record);
   }
