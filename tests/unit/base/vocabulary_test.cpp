@@ -105,6 +105,15 @@ TEST(Hash, EqualsThePlainFormOnLongRuns) {
   }
 }
 
+TEST(Hash, EqualsThePlainFormAroundEveryGroupBoundary) {
+  std::mt19937 random(10);
+  std::vector<std::uint8_t> bytes(20000);
+  for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random() >> 3);
+  for (std::size_t size = kFnvLongBytes - 3; size < 19000; size += size % 1024 < 3 || size % 1024 > 1020 ? 1 : 37) {
+    ASSERT_EQ(Fnv1a(bytes.data() + size % 17, size), PlainHash(bytes.data() + size % 17, size)) << size;
+  }
+}
+
 TEST(Counter64, AddsOnAllSixtyFourBitsAndRaisesOnlyUpward) {
   Counter64 counter{0xFFFFFFFFu};
   CounterAdd(counter, 1);
