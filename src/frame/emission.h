@@ -16,6 +16,8 @@ struct EmitJobContext {
   TriangleVector* output;  // one a job
 };
 
+/// Jobs that a frame's emission is split into; 1 is the single form, which writes straight into the frame's vector.
+std::int32_t EmissionJobCount(bool allowParallel, std::size_t packets, std::size_t vertices) noexcept;
 /// Rebuilds the frame's triangle vector from its packets. Always true.
 bool EmitTriangles(bool allowParallel);
 void BuildTriangleStateTemplate(const DriverState& state, TriangleRecord& out) noexcept;

@@ -35,25 +35,21 @@ const std::uint8_t* BlobRange(const CommandStream& stream, std::uint64_t offset,
   return stream.blob.data() + offset;
 }
 
-/// Hands out the `n` lowest free names, like `n` calls of AllocateTextureName but in one pass. The table does not grow
-/// beyond kGeneratedNameLimit: an application cannot get there, since each of its names costs a search from the start;
-/// a damaged capture would take the machine's memory.
+/// No application generates this many names; a damaged capture would take the machine's memory for them. Such a record
+/// gets the names that are free and as many new ones as fill the table up to here, like a call that asked for fewer.
 constexpr std::size_t kGeneratedNameLimit = std::size_t{1} << 20;
 
 void GenerateTextures(DriverState& state, GLsizei n) {
   if (n < 1) return;
-  std::uint32_t last = AllocateTextureName(state, Touch::kSkip);  // also makes slot 0
-  for (GLsizei made = 1; made < n; ++made) {
-    std::vector<TextureObject>& table = state.textureTable;
-    ++last;
-    while (last < table.size() && table[last].inUse != 0) ++last;
-    if (last >= table.size()) {
-      if (table.size() >= kGeneratedNameLimit) return;
-      table.emplace_back();
-    }
-    table[last].inUse = 1;
-    table[last].hasImage = 0;
+  const std::vector<TextureObject>& table = state.textureTable;
+  auto wanted = static_cast<std::size_t>(n);
+  const std::size_t present = table.empty() ? 1 : table.size();  // slot 0 comes into being with the first name
+  std::size_t available = present < kGeneratedNameLimit ? kGeneratedNameLimit - present : 0;
+  if (wanted > available) [[unlikely]] {
+    for (const TextureObject& object : table) available += object.inUse == 0 ? 1 : 0;
+    if (wanted > available) wanted = available;
   }
+  AllocateTextureNames(state, static_cast<GLsizei>(wanted), nullptr, Touch::kSkip);
 }
 
 void DeleteRecordedTextures(DriverState& state, const CommandStream& stream, const CmdDeleteTextures& record) {
