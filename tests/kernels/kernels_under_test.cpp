@@ -18,7 +18,6 @@ void Scalar(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::
 
 bool Always() { return true; }
 
-#if TLR2_KERNELS_BUILT
 bool HasSse41() { return (Cpuid(1, 0).ecx >> 19 & 1u) != 0; }
 
 // Bits 27 and 28: the system saves extended state, and the processor has AVX.
@@ -36,8 +35,6 @@ bool HasAvx512() {
   return HasAvx2() && SavesState(0xE6) && (Cpuid(7, 0).ebx & needed) == needed;
 }
 
-#endif
-
 constexpr TileKernelFn kScalar8 = Scalar<8, false>;
 constexpr TileKernelFn kScalar16 = Scalar<16, false>;
 constexpr TileKernelFn kScalar16Fused = Scalar<16, true>;
@@ -46,12 +43,10 @@ constexpr std::array kKernels = {
     KernelUnderTest{"scalar8", kScalar8, kScalar8, 8, false, Always},
     KernelUnderTest{"scalar16", kScalar16, kScalar16, 16, false, Always},
     KernelUnderTest{"scalar16fused", kScalar16Fused, kScalar16Fused, 16, true, Always},
-#if TLR2_KERNELS_BUILT
     KernelUnderTest{"sse4", tlr2_TileKernel_sse4, kScalar8, 8, false, HasSse41},
     KernelUnderTest{"avx", tlr2_TileKernel_avx, kScalar16, 16, false, HasAvx},
     KernelUnderTest{"avx2", tlr2_TileKernel_avx2, kScalar16Fused, 16, true, HasAvx2},
     KernelUnderTest{"avx512skx", tlr2_TileKernel_avx512skx, kScalar16Fused, 16, true, HasAvx512},
-#endif
 };
 
 }  // namespace

@@ -100,7 +100,8 @@ std::uint32_t TilePicture::AddAbsentTexture() {
   return static_cast<std::uint32_t>(textures_.size() - 1);
 }
 
-void TilePicture::Draw(const KernelUnderTest& kernel, std::int32_t columns, std::int32_t rows) {
+void TilePicture::DrawTile(const KernelUnderTest& kernel, std::int32_t x0, std::int32_t y0, std::int32_t columns,
+                           std::int32_t rows) {
   KernelFrameArgs args{};
   args.colorStrideBytes = kSide * 4;
   args.colorPixels = color_.data();
@@ -112,7 +113,7 @@ void TilePicture::Draw(const KernelUnderTest& kernel, std::int32_t columns, std:
   args.kernelMode = mode;
   std::vector<std::uint32_t> entries;
   for (std::size_t i = 0; i < triangles_.size(); ++i) entries.push_back(static_cast<std::uint32_t>(i));
-  kernel.run(&args, 8, 8, 8 + columns, 8 + rows, entries.data(), static_cast<std::int32_t>(entries.size()), &cell);
+  kernel.run(&args, x0, y0, x0 + columns, y0 + rows, entries.data(), static_cast<std::int32_t>(entries.size()), &cell);
   triangles_.clear();
 }
 

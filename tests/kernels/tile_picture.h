@@ -42,6 +42,9 @@ class TilePicture {
   TilePicture();
 
   void Add(TriangleRecord tri);
+  /// Takes the record's positions as they are, for figures that a shift would round: then the tile at the buffer's
+  /// origin is drawn.
+  void AddWhereItIs(const TriangleRecord& tri) { triangles_.push_back(tri); }
 
   /// Levels one after another, each `width` by `height` halved; returns the texture's index.
   std::uint32_t AddTexture(std::int32_t width, std::int32_t height, const std::vector<std::uint32_t>& texels,
@@ -53,7 +56,10 @@ class TilePicture {
   void FillDepth(float depth) { depth_.fill(depth); }
 
   /// Draws the list into the tile at (8, 8), `columns` by `rows`.
-  void Draw(const KernelUnderTest& kernel, std::int32_t columns = 8, std::int32_t rows = 8);
+  void Draw(const KernelUnderTest& kernel, std::int32_t columns = 8, std::int32_t rows = 8) {
+    DrawTile(kernel, 8, 8, columns, rows);
+  }
+  void DrawAtOrigin(const KernelUnderTest& kernel) { DrawTile(kernel, 0, 0, 8, 8); }
 
   std::uint32_t& Pixel(std::int32_t x, std::int32_t y) { return color_[At(x, y)]; }
   float& Depth(std::int32_t x, std::int32_t y) { return depth_[At(x, y)]; }
@@ -63,6 +69,9 @@ class TilePicture {
   std::int32_t mode = 0;
 
  private:
+  void DrawTile(const KernelUnderTest& kernel, std::int32_t x0, std::int32_t y0, std::int32_t columns,
+                std::int32_t rows);
+
   static std::size_t At(std::int32_t x, std::int32_t y) { return static_cast<std::size_t>((y + 8) * kSide + x + 8); }
 
   std::array<std::uint32_t, kSide * kSide> color_;

@@ -1,0 +1,259 @@
+// How many planes of a triangle are shaded, and what the others take their colour from.
+#include <limits>
+
+#include "scalar_kernel.h"
+#include "tile_picture.h"
+
+namespace tlr2::judge {
+namespace {
+
+class Sharing : public WithKernel {
+ protected:
+  using Pattern = std::uint32_t (*)(std::uint32_t x, std::uint32_t y);
+
+  /// An 8 by 8 texture of `pattern`, a texel a pixel, over the whole tile.
+  TriangleRecord Textured(Pattern pattern) {
+    std::vector<std::uint32_t> texels;
+    for (std::uint32_t y = 0; y < 8; ++y) {
+      for (std::uint32_t x = 0; x < 8; ++x) texels.push_back(pattern(x, y));
+    }
+    TriangleRecord tri = Ramp();
+    SetTexture(tri, picture.AddTexture(8, 8, texels, true), 0, 0.0f, 0.125f, 0.0f);
+    tri.t[2] = 2.0f;
+    return tri;
+  }
+
+  void Draw(const TriangleRecord& tri, std::int32_t mode) {
+    picture.mode = mode;
+    picture.Add(tri);
+    picture.Draw(GetParam());
+  }
+};
+TLR2_FOR_ALL_KERNELS(Sharing);
+
+// Left and right quads of a pair: both halves of a tile and the whole tile have the same mean.
+std::uint32_t Step(std::uint32_t x, std::uint32_t low, std::uint32_t high) { return (x >> 1 & 1) != 0 ? high : low; }
+
+TEST_P(Sharing, AConstantColourIsTheSameInAllPixels) {
+  for (const std::uint32_t color : {0xFF123456u, 0x00FFFFFFu, 0x7F0000FFu}) {
+    TriangleRecord tri = Ramp();
+    SetColor(tri, color, color, color);
+    Draw(tri, 1);
+    for (int y = 0; y < 8; ++y) {
+      for (int x = 0; x < 8; ++x) EXPECT_EQ(picture.Pixel(x, y), color);
+    }
+  }
+}
+
+TEST_P(Sharing, AFlatFirstPlaneStandsForTheWholeQuad) {
+  // The first pixels of all quads are alike: what the others would show is never looked at.
+  Draw(Textured([](std::uint32_t x, std::uint32_t y) { return (x | y) & 1 ? x * 30 * kGrey : 77 * kGrey; }), 1);
+  for (int y = 0; y < 8; ++y) {
+    for (int x = 0; x < 8; ++x) EXPECT_EQ(picture.Pixel(x, y), 77 * kGrey) << x << ", " << y;
+  }
+}
+
+TEST_P(Sharing, ASmallSpreadStopsAfterTheDiagonal) {
+  // 10 of 255 between quads: 0.0196 from the mean, squared 0.00038, below 0.001444 and above 2.5e-7.
+  Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+         const std::uint32_t plane = (x & 1) + 2 * (y & 1);
+         return (plane == 0 ? Step(x, 95, 105) : plane == 3 ? Step(x, 98, 108) : 250) * kGrey;
+       }),
+       1);
+  for (int y = 0; y < 8; ++y) {
+    for (int x = 0; x < 8; ++x) {
+      const auto column = static_cast<std::uint32_t>(x);
+      const bool first = x % 2 == 0 && y % 2 == 0;
+      const bool last = x % 2 == 1 && y % 2 == 1;
+      const std::uint32_t expected = first  ? Step(column, 95, 105)
+                                     : last ? Step(column, 98, 108)
+                                            : Step(column, 96, 106);
+      EXPECT_EQ(picture.Red(x, y), expected) << x << ", " << y;  // 96.5 and 106.5 between
+    }
+  }
+}
+
+TEST_P(Sharing, AnUnevenDiagonalWithAnEvenThirdPlaneStopsAfterThree) {
+  Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+         const std::uint32_t plane = (x & 1) + 2 * (y & 1);
+         return (plane == 0 ? Step(x, 60, 200) : plane == 3 ? Step(x, 50, 210) : plane == 2 ? 100 : 255) * kGrey;
+       }),
+       1);
+  for (int y = 0; y < 8; y += 2) {
+    for (int x = 0; x < 8; x += 2) {
+      const bool high = (x >> 1 & 1) != 0;
+      EXPECT_EQ(picture.Red(x, y), high ? 200u : 60u);
+      EXPECT_EQ(picture.Red(x + 1, y), high ? 170u : 70u) << "a third of the three";
+      EXPECT_EQ(picture.Red(x, y + 1), 100u);
+      EXPECT_EQ(picture.Red(x + 1, y + 1), high ? 210u : 50u);
+    }
+  }
+}
+
+TEST_P(Sharing, AGreatSpreadShadesEveryPixelAsWithoutSharing) {
+  const auto noise = [](std::uint32_t x, std::uint32_t y) { return ((x * 97 + y * 61) * 37 & 255) * kGrey; };
+  const TriangleRecord tri = Textured(noise);
+  Draw(tri, 1);
+  for (std::uint32_t y = 0; y < 8; ++y) {
+    for (std::uint32_t x = 0; x < 8; ++x) {
+      EXPECT_EQ(picture.Pixel(static_cast<int>(x), static_cast<int>(y)), noise(x, y));
+    }
+  }
+}
+
+TEST_P(Sharing, TheThresholdsLieBetweenTheseSpreads) {
+  // Distances from the mean of d/255, the second plane's, in the quads' first and last pixels: 0.038 is 9.69 of 255,
+  // 0.072 is 18.36 of 255.
+  struct Case {
+    std::uint32_t distance;
+    bool thirdShaded;
+  };
+  for (const Case c : {Case{9, false}, Case{10, true}}) {
+    static std::uint32_t distance;
+    distance = c.distance;
+    Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+           const std::uint32_t plane = (x & 1) + 2 * (y & 1);
+           return (plane == 0 || plane == 3 ? Step(x, 100 - distance, 100 + distance) : 200) * kGrey;
+         }),
+         1);
+    EXPECT_EQ(picture.Red(0, 1) == 200u, c.thirdShaded) << c.distance;
+  }
+  for (const Case c : {Case{18, false}, Case{19, true}}) {
+    static std::uint32_t distance;
+    distance = c.distance;
+    Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+           const std::uint32_t plane = (x & 1) + 2 * (y & 1);
+           return (plane == 1 ? 255 : Step(x, 100 - distance, 100 + distance)) * kGrey;
+         }),
+         1);
+    EXPECT_EQ(picture.Red(1, 0) == 255u, c.thirdShaded) << c.distance;
+  }
+}
+
+TEST_P(Sharing, TheSpreadIsOfLuminanceAlone) {
+  // Blue counts 0.0722: 10 of 255 are 0.0028 from the mean 0.0014, so the diagonal is enough; green would need three.
+  const auto draw = [&](int shift) {
+    static int position;
+    position = shift;
+    Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+           const std::uint32_t plane = (x & 1) + 2 * (y & 1);
+           return (plane == 0 || plane == 3 ? Step(x, 60, 100) : 0) << position;
+         }),
+         1);
+    return picture.Pixel(0, 1) >> shift & 0xFFu;
+  };
+  EXPECT_EQ(draw(0), 60u) << "blue: shared";
+  EXPECT_EQ(draw(8), 0u) << "green: shaded";
+  EXPECT_EQ(draw(24), 60u) << "alpha does not count: even in luminance, so the first plane stands";
+}
+
+TEST_P(Sharing, AnyOtherModeShadesOnePixelAQuadButCoversEach) {
+  for (const std::int32_t mode : {2, -1, 77}) {
+    TriangleRecord tri = Textured([](std::uint32_t x, std::uint32_t y) { return (x * 16 + y) * kGrey; });
+    tri.depthTest = 1;
+    tri.depthFunc = 1;
+    tri.depthWrite = 1;
+    tri.z[1] = 0.5f;
+    tri.zMax = 0.5f;
+    picture.Fill(0xABCDEF01u);
+    picture.FillDepth(1.0f);
+    picture.Depth(3, 2) = -1.0f;  // fails there alone
+    Draw(tri, mode);
+    for (int y = 0; y < 8; ++y) {
+      for (int x = 0; x < 8; ++x) {
+        if (x == 3 && y == 2) {
+          EXPECT_EQ(picture.Pixel(x, y), 0xABCDEF01u) << "its quad was shaded, but the pixel failed";
+          EXPECT_EQ(picture.Depth(x, y), -1.0f);
+          continue;
+        }
+        EXPECT_EQ(picture.Red(x, y), static_cast<std::uint32_t>((x & 6) * 16 + (y & 6)));
+        EXPECT_EQ(picture.Depth(x, y), (static_cast<float>(x) + 0.5f) / 32.0f);
+      }
+    }
+  }
+}
+
+TEST_P(Sharing, ASharedAlphaPassesOrFailsTheQuadAsAWhole) {
+  TriangleRecord tri = Textured([](std::uint32_t x, std::uint32_t y) {
+    const bool first = (x & 1) == 0 && (y & 1) == 0;
+    return 0x00404040u | (first ? Step(x, 169, 170) : Step(x, 255, 0)) << 24;
+  });
+  tri.alphaTest = 1;
+  Draw(tri, 1);
+  for (int y = 0; y < 8; ++y) {
+    for (int x = 0; x < 8; ++x) {
+      EXPECT_EQ(picture.Pixel(x, y), (x & 2) != 0 ? 0xAA404040u : TilePicture::kBackground) << x << ", " << y;
+    }
+  }
+}
+
+TEST_P(Sharing, DeadLanesTakePartInTheSpread) {
+  // One quad is covered, even in itself; the tile around it, where nothing is drawn, is not.
+  const auto pattern = [](std::uint32_t x, std::uint32_t y) {
+    return (x < 2 && y < 2 ? (y * 2 + x) * 20 + 40 : Step(x, 0, 255)) * kGrey;
+  };
+  TriangleRecord tri = Textured(pattern);
+  TriangleRecord small = Ramp(4.0f);
+  for (int i = 0; i < 3; ++i) {
+    tri.x[i] = small.x[i];
+    tri.y[i] = small.y[i];
+  }
+  tri.s[1] = 0.5f;
+  tri.t[2] = 0.5f;
+  Draw(tri, 1);
+  for (std::uint32_t y = 0; y < 2; ++y) {
+    for (std::uint32_t x = 0; x < 2; ++x) {
+      EXPECT_EQ(picture.Pixel(static_cast<int>(x), static_cast<int>(y)), pattern(x, y));
+    }
+  }
+}
+
+TEST_P(Sharing, OnEightLanesTheHalvesDecideOnTheirOwn) {
+  // Upper half even, lower half uneven. Sixteen lanes see the spread in both.
+  const auto pattern = [](std::uint32_t x, std::uint32_t y) {
+    if (y < 4) return ((x | y) & 1 ? 200 : 100) * kGrey;
+    return ((x * 97 + y * 61) * 37 & 255) * kGrey;
+  };
+  Draw(Textured(pattern), 1);
+  const bool split = GetParam().lanes == 8;
+  EXPECT_EQ(picture.Red(1, 0), split ? 100u : 200u);
+  EXPECT_EQ(picture.Red(6, 3), split ? 100u : 200u);
+  for (std::uint32_t x = 0; x < 8; ++x) EXPECT_EQ(picture.Pixel(static_cast<int>(x), 5), pattern(x, 5));
+}
+
+// -- How often the scalar form shades -------------------------------------------------------------------------------
+
+TEST(ScalarSharing, StopsAreCountedAsTheRulesSay) {
+  std::uint32_t pixels[64];
+  float depths[64];
+  TriangleRecord tri = Ramp();
+  KernelFrameArgs args{};
+  args.colorStrideBytes = 32;
+  args.colorPixels = pixels;
+  args.depthPixels = depths;
+  args.depthStrideBytes = 32;
+  args.triangles = &tri;
+  args.textureCacheCount = 0;
+  const std::uint32_t entry = 0;
+  float cell = 1.0f;
+  const auto planes = [&](std::int32_t mode, int lanes) {
+    ScalarTrace trace;
+    args.kernelMode = mode;
+    ScalarTileKernel(&args, 0, 0, 8, 8, &entry, 1, &cell, lanes, false, &trace);
+    EXPECT_EQ(trace.pixelsStored, 64u);
+    return trace.planesShaded;
+  };
+  using Counts = std::array<std::uint64_t, 5>;
+  EXPECT_EQ(planes(1, 16), (Counts{0, 1, 0, 0, 0})) << "constant";
+  EXPECT_EQ(planes(1, 8), (Counts{0, 2, 0, 0, 0})) << "both halves";
+  EXPECT_EQ(planes(0, 16), (Counts{0, 0, 0, 0, 0})) << "the plane-major form has no sequence";
+  SetColor(tri, 0xFF000000u, 0xFFFFFFFFu, 0xFF000000u);
+  EXPECT_EQ(planes(1, 16), (Counts{0, 0, 0, 0, 1}));
+  EXPECT_EQ(planes(2, 16), (Counts{0, 1, 0, 0, 0}));
+  tri.invW[1] = std::numeric_limits<float>::quiet_NaN();  // a spread that is no number stops nothing
+  SetColor(tri, 0xFF000000u, 0xFF000001u, 0xFF000000u);
+  EXPECT_EQ(planes(1, 16), (Counts{0, 0, 0, 0, 1}));
+}
+
+}  // namespace
+}  // namespace tlr2::judge
