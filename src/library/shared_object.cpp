@@ -1,5 +1,5 @@
-// Start and end of the shared object with its loading and unloading. Both run inside all static construction: the
-// start after every constructor of default priority, the end before every destructor.
+// Start and end of the shared object, with its loading and the end of the process. This object stands last on the link
+// line, so that the start runs after every other constructor and the end before every destructor.
 #include "start/library.h"
 
 namespace {
@@ -9,6 +9,6 @@ struct LibraryLife {
   ~LibraryLife() { tlr2::LibraryEnd(); }
 };
 
-__attribute__((init_priority(65535))) LibraryLife life;
+LibraryLife life;
 
 }  // namespace
