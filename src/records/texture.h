@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "base/gl.h"
 #include "base/growing_vector.h"
@@ -13,39 +14,59 @@ namespace tlr2 {
 /// Texels of all levels, 0xAARRGGBB, with one readable word of 0 ahead of the first and one behind the last. Lanes
 /// that sample past the end of a mip chain read the word ahead; a 1 by 1 texture with wild coordinates reads the one
 /// behind. Neither is counted, captured or changed.
+///
+/// Copies share the texels until one of them is written through: keyframes copy textures of which the next upload
+/// replaces every texel. The functions that are not const make the texels the object's own.
 class TexelVector {
  public:
   /// The most texels that fit, in a block below 2 GiB.
   static constexpr std::size_t kLimit = 0x7FFFFFFFu / 4 - 2;
 
-  std::uint32_t* data() noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
-  const std::uint32_t* data() const noexcept { return words_.empty() ? nullptr : words_.data() + 1; }
-  std::size_t size() const noexcept { return words_.empty() ? 0 : words_.size() - 2; }
+  std::uint32_t* data() {
+    Own();
+    return Filled() ? words_->data() + 1 : nullptr;
+  }
+  const std::uint32_t* data() const noexcept { return Filled() ? words_->data() + 1 : nullptr; }
+  std::size_t size() const noexcept { return Filled() ? words_->size() - 2 : 0; }
   bool empty() const noexcept { return size() == 0; }
-  std::uint32_t& operator[](std::size_t i) noexcept { return words_[i + 1]; }
-  const std::uint32_t& operator[](std::size_t i) const noexcept { return words_[i + 1]; }
+  std::uint32_t& operator[](std::size_t i) {
+    Own();
+    return (*words_)[i + 1];
+  }
+  const std::uint32_t& operator[](std::size_t i) const noexcept { return (*words_)[i + 1]; }
   /// Keeps existing texels; new ones are 0.
   void resize(std::size_t count) {
     const std::size_t old = size();
-    words_.resize(count + 2);
-    if (count < old) words_[count + 1] = 0;
+    Own();
+    if (words_ == nullptr) words_ = std::make_shared<Words>();
+    words_->resize(count + 2);
+    if (count < old) (*words_)[count + 1] = 0;
   }
   void assign(std::size_t count, std::uint32_t value) {
     Renew(count);
-    for (std::size_t i = 0; i < count; ++i) words_[i + 1] = value;
+    for (std::size_t i = 0; i < count; ++i) (*words_)[i + 1] = value;
   }
-  /// `count` texels that the caller writes, all of them.
-  void Renew(std::size_t count) {
-    words_.clear();
-    words_.GrowUninitialized(count + 2);
-    words_[0] = 0;
-    words_[count + 1] = 0;
+  /// `count` texels that the caller writes, all of them; `room` texels fit without moving.
+  void Renew(std::size_t count, std::size_t room = 0) {
+    if (words_ == nullptr || words_.use_count() != 1) words_ = std::make_shared<Words>();
+    words_->clear();
+    words_->reserve((room > count ? room : count) + 2);
+    words_->GrowUninitialized(count + 2);
+    (*words_)[0] = 0;
+    (*words_)[count + 1] = 0;
   }
-  /// Frees the storage.
+  /// Lets go of the storage.
   void reset() noexcept { words_.reset(); }
 
  private:
-  GrowingVector<std::uint32_t> words_;
+  using Words = GrowingVector<std::uint32_t>;
+
+  bool Filled() const noexcept { return words_ != nullptr && !words_->empty(); }
+  void Own() {
+    if (words_ != nullptr && words_.use_count() != 1) words_ = std::make_shared<Words>(*words_);
+  }
+
+  std::shared_ptr<Words> words_;
 };
 
 struct TextureObject {

@@ -13,24 +13,30 @@ namespace {
 constexpr std::uint32_t kPairMask = 0x00FF00FFu;
 constexpr std::uint32_t kPairRounding = 0x00020002u;
 
-constexpr std::uint32_t MeanOfFour(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d) noexcept {
-  const std::uint32_t low = (a & kPairMask) + (b & kPairMask) + (c & kPairMask) + (d & kPairMask) + kPairRounding;
-  const std::uint32_t high =
-      (a >> 8 & kPairMask) + (b >> 8 & kPairMask) + (c >> 8 & kPairMask) + (d >> 8 & kPairMask) + kPairRounding;
-  return (low >> 2 & kPairMask) | (high >> 2 & kPairMask) << 8;
+/// `Word` is a texel or a vector of texels.
+template <typename Word>
+constexpr Word MeanOfFour(Word a, Word b, Word c, Word d) noexcept {
+  const Word low = (a & kPairMask) + (b & kPairMask) + (c & kPairMask) + (d & kPairMask) + kPairRounding;
+  const Word high =
+      ((a >> 8) & kPairMask) + ((b >> 8) & kPairMask) + ((c >> 8) & kPairMask) + ((d >> 8) & kPairMask) + kPairRounding;
+  return ((low >> 2) & kPairMask) | (((high >> 2) & kPairMask) << 8);
 }
 
-constexpr std::uint32_t kBlock = 8;
+using Four = std::uint32_t __attribute__((vector_size(16)));
+constexpr std::uint32_t kBlock = 4;
 
-/// Eight texels from sixteen columns of two rows.
-void MeanBlock(const std::uint32_t* __restrict upper, const std::uint32_t* __restrict lower,
-               std::uint32_t* __restrict out) noexcept {
-  std::uint32_t even[kBlock], odd[kBlock], evenBelow[kBlock], oddBelow[kBlock];
-  for (std::uint32_t i = 0; i < kBlock; ++i) even[i] = upper[2 * i];
-  for (std::uint32_t i = 0; i < kBlock; ++i) odd[i] = upper[2 * i + 1];
-  for (std::uint32_t i = 0; i < kBlock; ++i) evenBelow[i] = lower[2 * i];
-  for (std::uint32_t i = 0; i < kBlock; ++i) oddBelow[i] = lower[2 * i + 1];
-  for (std::uint32_t i = 0; i < kBlock; ++i) out[i] = MeanOfFour(even[i], odd[i], evenBelow[i], oddBelow[i]);
+Four LoadFour(const std::uint32_t* texels) noexcept {
+  Four four;
+  std::memcpy(&four, texels, sizeof four);
+  return four;
+}
+
+/// Four texels from eight columns of two rows.
+void MeanBlock(const std::uint32_t* upper, const std::uint32_t* lower, std::uint32_t* out) noexcept {
+  const Four a = LoadFour(upper), b = LoadFour(upper + 4), c = LoadFour(lower), d = LoadFour(lower + 4);
+  const Four mean = MeanOfFour(__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7),
+                               __builtin_shufflevector(c, d, 0, 2, 4, 6), __builtin_shufflevector(c, d, 1, 3, 5, 7));
+  std::memcpy(out, &mean, sizeof mean);
 }
 
 }  // namespace

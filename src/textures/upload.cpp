@@ -22,6 +22,18 @@ constexpr std::uint32_t BytesPerPixel(GLenum format) noexcept {
   }
 }
 
+/// Texels of the whole mip chain, at most TexelVector's limit.
+std::uint64_t ChainTexels(GLsizei width, GLsizei height) noexcept {
+  std::uint64_t total = 0;
+  for (int level = 0; level < kMaxLevels; ++level) {
+    total += static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+    if (width < 2 && height < 2) break;
+    width = width < 2 ? width : width / 2;
+    height = height < 2 ? height : height / 2;
+  }
+  return total < TexelVector::kLimit ? total : TexelVector::kLimit;
+}
+
 /// Tight rows of `width` pixels into rows `pitch` texels apart, up to the first that fails or is not all there. Returns
 /// the number of rows converted.
 GLsizei ConvertRows(GLenum format, GLenum type, const std::uint8_t* payload, std::uint64_t payloadBytes,
@@ -56,7 +68,8 @@ void UploadImage(DriverState& state, GLenum target, GLint level, GLsizei width, 
   if (touch == Touch::kNote) TouchTexture(state.boundTexture);
   // No image while the old texels do not match the new size, should memory run out.
   object->hasImage = 0;
-  object->pixels.Renew(static_cast<std::size_t>(texels));
+  // Room for the chain at once: the levels above would move level 0.
+  object->pixels.Renew(static_cast<std::size_t>(texels), static_cast<std::size_t>(ChainTexels(width, height)));
   object->width = width;
   object->height = height;
   std::uint32_t* level0 = object->pixels.data();
