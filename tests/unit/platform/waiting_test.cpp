@@ -1,0 +1,163 @@
+// Wait words, events, the short lock and threads.
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/sync.h"
+#include "platform/thread.h"
+
+namespace tlr2 {
+namespace {
+
+void SleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+TEST(Platform, WaitOnWordReturnsAtOnceWhenItDiffers) {
+  const std::atomic<std::int32_t> word{5};
+  WaitOnWord(word, 4);
+  SUCCEED();
+}
+
+TEST(Platform, WakeAllReleasesEverySleeper) {
+  std::atomic<std::int32_t> word{0}, through{0};
+  std::vector<std::thread> sleepers;
+  for (int i = 0; i < 4; ++i)
+    sleepers.emplace_back([&] {
+      while (word.load() == 0) WaitOnWord(word, 0);
+      through.fetch_add(1);
+    });
+  SleepMs(20);
+  EXPECT_EQ(through.load(), 0);
+  word.store(1);
+  WakeAllOnWord(word);
+  for (auto& sleeper : sleepers) sleeper.join();
+  EXPECT_EQ(through.load(), 4);
+}
+
+TEST(Platform, AutoResetEventIsTakenByOneWait) {
+  EventHandle event;
+  ASSERT_TRUE(EventCreate(event, false));
+  EXPECT_FALSE(EventWait(event, 0));
+  EventSet(event);
+  EventSet(event);
+  EXPECT_TRUE(EventWait(event, 0));
+  EXPECT_FALSE(EventWait(event, 0));
+  EventSet(event);
+  EventReset(event);
+  EXPECT_FALSE(EventWait(event, 0));
+  EventClose(event);
+  EXPECT_EQ(event.native, nullptr);
+}
+
+TEST(Platform, ManualResetEventStaysSignalled) {
+  EventHandle event;
+  ASSERT_TRUE(EventCreate(event, true));
+  EventSet(event);
+  EXPECT_TRUE(EventWait(event, 0));
+  EXPECT_TRUE(EventWait(event, kNoTimeout));
+  EventReset(event);
+  EXPECT_FALSE(EventWait(event, 1));
+  EventClose(event);
+}
+
+TEST(Platform, EventWaitTakesItsTimeAndNoLess) {
+  EventHandle event;
+  ASSERT_TRUE(EventCreate(event, false));
+  const std::int64_t start = TicksNow();
+  EXPECT_FALSE(EventWait(event, 50));
+  EXPECT_GE((TicksNow() - start) * 1000 / TicksPerSecond(), 45);
+  EventClose(event);
+}
+
+TEST(Platform, EventWakesAWaitingThread) {
+  EventHandle request, answer;
+  ASSERT_TRUE(EventCreate(request, false) && EventCreate(answer, false));
+  int value = 0;  // handed over by the events
+  std::thread other([&] {
+    for (int i = 0; i < 1000; ++i) {
+      EventWait(request, kNoTimeout);
+      ++value;
+      EventSet(answer);
+    }
+  });
+  for (int i = 1; i <= 1000; ++i) {
+    EventSet(request);
+    ASSERT_TRUE(EventWait(answer, kNoTimeout));
+    ASSERT_EQ(value, i);
+  }
+  other.join();
+  EventClose(request);
+  EventClose(answer);
+}
+
+TEST(Platform, AbsentEventIsNeverSignalled) {
+  EventHandle none;
+  EventSet(none);
+  EventReset(none);
+  EXPECT_FALSE(EventWait(none, 0));
+  EventClose(none);
+}
+
+TEST(Platform, LockKeepsOthersOut) {
+  static CriticalSection section;  // zero storage is an unlocked lock
+  int plain = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&] {
+      for (int n = 0; n < 20000; ++n) {
+        const LockHolder holder(section);
+        ++plain;
+      }
+    });
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(plain, 80000);
+}
+
+TEST(Platform, ThreadRunsAndIsWaitedFor) {
+  int ran = 0;
+  ThreadHandle thread;
+  ASSERT_TRUE(ThreadStart(thread, [](void* argument) { *static_cast<int*>(argument) = 42; }, &ran));
+  EXPECT_NE(thread.native, nullptr);
+  EXPECT_NE(thread.id, 0u);
+  EXPECT_TRUE(ThreadWait(thread, kNoTimeout));
+  EXPECT_EQ(ran, 42);
+  EXPECT_TRUE(ThreadWait(thread, 0));  // and again
+  ThreadClose(thread);
+  EXPECT_EQ(thread.native, nullptr);
+}
+
+TEST(Platform, ThreadWaitEndsAtItsTimeout) {
+  std::atomic<bool> leave{false};
+  ThreadHandle thread;
+  ASSERT_TRUE(ThreadStart(
+      thread,
+      [](void* argument) {
+        while (!static_cast<std::atomic<bool>*>(argument)->load()) std::this_thread::yield();
+      },
+      &leave));
+  EXPECT_FALSE(ThreadWait(thread, 30));
+  leave.store(true);
+  EXPECT_TRUE(ThreadWait(thread, 10000));
+  ThreadClose(thread);
+}
+
+TEST(Platform, ClosedThreadRunsOn) {
+  static std::atomic<int> state;
+  state.store(0);
+  ThreadHandle thread;
+  ASSERT_TRUE(ThreadStart(
+      thread,
+      [](void*) {
+        while (state.load() == 0) std::this_thread::yield();
+        state.store(2);
+      },
+      nullptr));
+  ThreadClose(thread);
+  state.store(1);
+  for (int i = 0; i < 10000 && state.load() != 2; ++i) SleepMs(1);
+  EXPECT_EQ(state.load(), 2);
+}
+
+}  // namespace
+}  // namespace tlr2
