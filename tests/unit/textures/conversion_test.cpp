@@ -213,5 +213,34 @@ TEST(TexelVector, ZeroWordsStandAheadAndBehind) {
   EXPECT_EQ(copy.pixels.data()[10], 0u);
 }
 
+TEST(TexelVector, CopiesShareTexelsUntilOneIsWrittenThrough) {
+  TexelVector first;
+  first.assign(4, 7);
+  TexelVector second = first;
+  const TexelVector& readFirst = first;
+  const TexelVector& readSecond = second;
+  EXPECT_EQ(readFirst.data(), readSecond.data());
+  second[2] = 9;
+  EXPECT_NE(readFirst.data(), readSecond.data());
+  EXPECT_EQ(readFirst[2], 7u);
+  EXPECT_EQ(readSecond[2], 9u);
+  EXPECT_EQ(readSecond.data()[-1], 0u);
+  EXPECT_EQ(readSecond.data()[4], 0u);
+
+  TexelVector third = first;
+  third.Renew(2);
+  third[0] = third[1] = 1;
+  EXPECT_EQ(readFirst.size(), 4u);
+  EXPECT_EQ(readFirst[0], 7u);
+  TexelVector fourth = first;
+  fourth.resize(6);
+  EXPECT_EQ(readFirst.size(), 4u);
+  EXPECT_EQ(readFirst.data()[4], 0u);
+  TexelVector fifth = first;
+  fifth.reset();
+  EXPECT_TRUE(fifth.empty());
+  EXPECT_EQ(readFirst[3], 7u);
+}
+
 }  // namespace
 }  // namespace tlr2
