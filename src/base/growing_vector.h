@@ -50,6 +50,8 @@ class GrowingVector {
   std::size_t size() const noexcept { return static_cast<std::size_t>(end_ - begin_); }
   std::size_t capacity() const noexcept { return static_cast<std::size_t>(limit_ - begin_); }
   bool empty() const noexcept { return begin_ == end_; }
+  /// Elements that fit before the next growth.
+  std::size_t spare() const noexcept { return static_cast<std::size_t>(limit_ - end_); }
 
   /// Moves the end back to the start; the storage stays.
   void clear() noexcept { end_ = begin_; }
@@ -88,6 +90,13 @@ class GrowingVector {
       if (count > Limit - size()) throw std::length_error("vector too long");
       Reallocate(NextCapacity(size() + count));
     }
+    T* first = end_;
+    end_ += count;
+    return first;
+  }
+
+  /// The same where `spare()` has seen that they fit.
+  T* TakeSpare(std::size_t count) noexcept {
     T* first = end_;
     end_ += count;
     return first;

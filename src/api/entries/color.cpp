@@ -27,8 +27,19 @@ void TLR2_STDCALL glColor3fv(const GLfloat* v) noexcept {
   SetColor(guard, PackColor(v[0], v[1], v[2], 1.0f));
 }
 
-void TLR2_STDCALL glColor4f(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) noexcept {
+[[gnu::noinline]] static void TLR2_STDCALL CommonColor4f(GLfloat red, GLfloat green, GLfloat blue,
+                                                         GLfloat alpha) noexcept {
   SetColor(enter::glColor4f(red, green, blue, alpha), PackColor(red, green, blue, alpha));
+}
+
+void TLR2_STDCALL glColor4f(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) noexcept {
+  ByteVector& bytes = CommandStreamInstance().bytes;
+  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
+    return CommonColor4f(red, green, blue, alpha);
+  CounterAdd(CallCounters[static_cast<int>(Entry::glColor4f)], 1);
+  const std::uint32_t color = PackColor(red, green, blue, alpha);
+  effect::Color(DriverStateInstance(), color);
+  new (bytes.TakeSpare(sizeof(CmdColor))) CmdColor{.color = color};
 }
 
 void TLR2_STDCALL glColor4fv(const GLfloat* v) noexcept {
@@ -43,8 +54,20 @@ void TLR2_STDCALL glColor3ubv(const GLubyte* v) noexcept {
   SetColor(guard, PackBytes(v[0], v[1], v[2], 255));
 }
 
-void TLR2_STDCALL glColor4ub(GLubyte red, GLubyte green, GLubyte blue, GLubyte alpha) noexcept {
+[[gnu::noinline]] static void TLR2_STDCALL CommonColor4ub(GLubyte red, GLubyte green, GLubyte blue,
+                                                          GLubyte alpha) noexcept {
   SetColor(enter::glColor4ub(red, green, blue, alpha), PackBytes(red, green, blue, alpha));
+}
+
+// Called per vertex: a plain call makes no further call, see vertex.cpp.
+void TLR2_STDCALL glColor4ub(GLubyte red, GLubyte green, GLubyte blue, GLubyte alpha) noexcept {
+  ByteVector& bytes = CommandStreamInstance().bytes;
+  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
+    return CommonColor4ub(red, green, blue, alpha);
+  CounterAdd(CallCounters[static_cast<int>(Entry::glColor4ub)], 1);
+  const std::uint32_t color = PackBytes(red, green, blue, alpha);
+  effect::Color(DriverStateInstance(), color);
+  new (bytes.TakeSpare(sizeof(CmdColor))) CmdColor{.color = color};
 }
 
 void TLR2_STDCALL glColor4ubv(const GLubyte* v) noexcept {

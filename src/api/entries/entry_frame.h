@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstring>
+#include <new>
 
 #include "api/accounting.h"
 #include "api/state/command_stream.h"
@@ -31,10 +32,17 @@ TLR2_ALWAYS_INLINE bool Traced(const ThreadGuard& guard) noexcept { return Trace
 /// Whether the call enters the command stream. Asked afresh by each call.
 TLR2_ALWAYS_INLINE bool Records(const ThreadGuard& guard) noexcept { return !guard.suppress && RecordingEnabled(); }
 
-/// Appends a whole record to the live stream.
+/// Appends a record to the live stream, made in its place: fields that go through a copy on the stack would be stored
+/// in words and read back as a vector, which the processor cannot forward.
 template <typename Record>
 TLR2_ALWAYS_INLINE void AppendRecord(const Record& record) {
-  std::memcpy(CommandStreamInstance().bytes.GrowUninitialized(sizeof(Record)), &record, sizeof(Record));
+  new (CommandStreamInstance().bytes.GrowUninitialized(sizeof(Record))) Record(record);
+}
+
+/// Whether a call does nothing but count, record and change the state: the state of affairs of all but a few frames.
+TLR2_ALWAYS_INLINE bool Plain(const ThreadGuard& guard) noexcept {
+  return !guard.suppress && traceFirstFrame.load(std::memory_order_relaxed) < 0 &&
+         detail::settingsLoaded.load(std::memory_order_acquire) != 0 && detail::driverSettings.pipelineCutoff != 0;
 }
 
 namespace enter {

@@ -20,8 +20,15 @@ struct CommandStream {
   std::uint32_t baseSequence = 0;  // the swaps carry it through; nothing else writes it
 };
 
+/// The stream as built at load: with room for a normal frame.
+struct ReservedStream : CommandStream {
+  ReservedStream();
+};
+namespace detail {
+extern ReservedStream commandStream;
+}
 /// The live stream that entries append to.
-CommandStream& CommandStreamInstance() noexcept;
+inline CommandStream& CommandStreamInstance() noexcept { return detail::commandStream; }
 
 /// Appends a record of the command table, as made by its struct: AppendRecord(stream, CmdBegin{.mode = mode}).
 template <typename Record>

@@ -9,26 +9,21 @@
 #include "api/state/keyframe.h"
 
 namespace tlr2 {
-namespace {
 
-struct ReservedStream : CommandStream {
-  // The only allocation of the load: a normal frame records without growing.
-  ReservedStream() {
-    bytes.reserve(kStreamReserve);
-    blob.reserve(kBlobReserve);
-  }
-};
+// The only allocation of the load: a normal frame records without growing.
+ReservedStream::ReservedStream() {
+  bytes.reserve(kStreamReserve);
+  blob.reserve(kBlobReserve);
+}
 
 // One file, so that the order holds; each is destroyed at process exit, the stream first.
+namespace detail {
 DriverState driverState;
-LiveKeyframe liveKeyframe;
+static LiveKeyframe liveKeyframe;
 ReservedStream commandStream;
+}  // namespace detail
 
-}  // namespace
-
-DriverState& DriverStateInstance() noexcept { return driverState; }
-LiveKeyframe& LiveKeyframeInstance() noexcept { return liveKeyframe; }
-CommandStream& CommandStreamInstance() noexcept { return commandStream; }
+LiveKeyframe& LiveKeyframeInstance() noexcept { return detail::liveKeyframe; }
 
 void SnapshotFromState(const DriverState& state, StateSnapshot& snapshot) noexcept {
   // The bytes after the matrices hold padding that goes to capture files: zero.

@@ -6,8 +6,11 @@
 
 namespace tlr2 {
 
+namespace detail {
+extern DriverState driverState;
+}
 /// The record that every entry and the interpreter go through. Built at library load, never freed before exit.
-DriverState& DriverStateInstance() noexcept;
+inline DriverState& DriverStateInstance() noexcept { return detail::driverState; }
 
 /// Field by field, in the snapshot's order; neither touches a vector.
 void SnapshotFromState(const DriverState& state, StateSnapshot& snapshot) noexcept;
