@@ -78,7 +78,7 @@ void ReplayViewport(DriverState& state, const CmdViewport& record) {
   CoverViewport(state, record.width, record.height);
 }
 
-/// Executes one record that is neither a colour, a texture coordinate, a vertex nor the frame's end.
+/// Executes one record that is not the frame's end.
 void Execute(DriverState& state, const CommandStream& stream, std::uint32_t id, const std::uint8_t* at,
              std::size_t size, WalkCounts& counts) {
   const auto read = [at, size]<typename Record>(std::type_identity<Record>) { return ReadRecord<Record>(at, size); };
@@ -229,6 +229,28 @@ void Execute(DriverState& state, const CommandStream& stream, std::uint32_t id, 
                      payload == nullptr ? 0 : static_cast<std::uint64_t>(r.blobSize), Touch::kSkip);
       break;
     }
+    case Cmd::Color: {
+      TLR2_READ(Color);
+      effect::Color(state, r.color);
+      break;
+    }
+    case Cmd::TexCoord2f: {
+      TLR2_READ(TexCoord2f);
+      effect::TexCoord(state, r.s, r.t);
+      break;
+    }
+    case Cmd::Vertex2f: {
+      TLR2_READ(Vertex2f);
+      effect::Vertex(state, r.x, r.y, 0.0f);
+      ++counts.vertices;
+      break;
+    }
+    case Cmd::Vertex3f: {
+      TLR2_READ(Vertex3f);
+      effect::Vertex(state, r.x, r.y, r.z);
+      ++counts.vertices;
+      break;
+    }
     case Cmd::ClearColor: {
       TLR2_READ(ClearColor);
       effect::ClearColor(state, r.red, r.green, r.blue, r.alpha);
@@ -267,82 +289,79 @@ class Walk {
 
   /// True when the walk came to the frame's end or the buffer's; false at a malformed record.
   bool Run() {
-    while (at_ != end_) {
+    for (;;) {
+      FusedRun();
+      if (at_ == end_) return true;
       if (Left() < kCmdHeaderBytes) return false;
       const std::uint32_t header = ReadCmdHeader(at_);
       const std::size_t size = CmdHeaderSize(header);
       if (size < kCmdHeaderBytes || size > Left()) return false;
       ++counts_.records;
-      switch (CmdHeaderId(header)) {
-        case static_cast<std::uint32_t>(Cmd::Color):
-          effect::Color(state_, ReadRecord<CmdColor>(at_, size).color);
-          at_ += size;
-          FuseVertex();
-          break;
-        case static_cast<std::uint32_t>(Cmd::TexCoord2f): {
-          const auto record = ReadRecord<CmdTexCoord2f>(at_, size);
-          effect::TexCoord(state_, record.s, record.t);
-          at_ += size;
-          FuseColor();
-          FuseVertex();
-          break;
-        }
-        case static_cast<std::uint32_t>(Cmd::Vertex2f):
-        case static_cast<std::uint32_t>(Cmd::Vertex3f):
-          PushVertex(CmdHeaderId(header), size);
-          at_ += size;
-          break;
-        case static_cast<std::uint32_t>(Cmd::SwapBuffers):
-          return true;
-        default:
-          Execute(state_, stream_, CmdHeaderId(header), at_, size, counts_);
-          at_ += size;
-          break;
-      }
+      if (CmdHeaderId(header) == static_cast<std::uint32_t>(Cmd::SwapBuffers)) return true;
+      Execute(state_, stream_, CmdHeaderId(header), at_, size, counts_);
+      at_ += size;
     }
-    return true;
   }
 
   const WalkCounts& counts() const noexcept { return counts_; }
 
  private:
+  template <typename Record>
+  static constexpr std::uint32_t kHeader = PackCmdHeader(Record::kId, Record::kBytes);
+
   std::size_t Left() const noexcept { return static_cast<std::size_t>(end_ - at_); }
 
-  void PushVertex(std::uint32_t id, std::size_t size) {
-    if (id == static_cast<std::uint32_t>(Cmd::Vertex3f)) {
-      const auto record = ReadRecord<CmdVertex3f>(at_, size);
-      effect::Vertex(state_, record.x, record.y, record.z);
-    } else {
-      const auto record = ReadRecord<CmdVertex2f>(at_, size);
-      effect::Vertex(state_, record.x, record.y, 0.0f);
+  /// Texture coordinates, colours and vertices for as long as they follow each other, with the current attributes in
+  /// registers. Only records of exactly their layout's size, which one comparison of the header tells; all others, and
+  /// a vertex for which the vector must grow, take a turn of their own with the same result.
+  void FusedRun() {
+    constexpr std::size_t kLongest = CmdVertex3f::kBytes;
+    VertexVector& vertices = state_.vertices;
+    PacketVertex* out = vertices.end();
+    const PacketVertex* const limit = vertices.data() + vertices.capacity();
+    std::uint32_t color = state_.currentColor;
+    float s = state_.currentS, t = state_.currentT;
+    const std::uint8_t* at = at_;
+    std::size_t records = 0;
+    while (static_cast<std::size_t>(end_ - at) >= kLongest) {
+      const std::uint32_t header = ReadCmdHeader(at);
+      if (header == kHeader<CmdVertex3f>) {
+        if (out == limit) break;
+        std::memcpy(&out->x, at + 4, 3 * sizeof(float));
+        out->color = color;
+        out->s = s;
+        out->t = t;
+        ++out;
+        at += CmdVertex3f::kBytes;
+      } else if (header == kHeader<CmdTexCoord2f>) {
+        std::memcpy(&s, at + 4, sizeof s);
+        std::memcpy(&t, at + 8, sizeof t);
+        at += CmdTexCoord2f::kBytes;
+      } else if (header == kHeader<CmdColor>) {
+        std::memcpy(&color, at + 4, sizeof color);
+        at += CmdColor::kBytes;
+      } else if (header == kHeader<CmdVertex2f>) {
+        if (out == limit) break;
+        std::memcpy(&out->x, at + 4, 2 * sizeof(float));
+        out->z = 0.0f;
+        out->color = color;
+        out->s = s;
+        out->t = t;
+        ++out;
+        at += CmdVertex2f::kBytes;
+      } else {
+        break;
+      }
+      ++records;
     }
-    ++counts_.vertices;
-  }
-
-  /// The header of the next record, if it lies in the buffer whole; else one that fits nothing.
-  std::uint32_t NextHeader() const noexcept {
-    if (Left() < kCmdHeaderBytes) return ~0u;
-    const std::uint32_t header = ReadCmdHeader(at_);
-    const std::size_t size = CmdHeaderSize(header);
-    return size < kCmdHeaderBytes || size > Left() ? ~0u : header;
-  }
-
-  /// Consumes a vertex that follows, without a turn of the outer loop.
-  void FuseVertex() {
-    const std::uint32_t header = NextHeader();
-    const std::uint32_t id = CmdHeaderId(header);
-    if (id != static_cast<std::uint32_t>(Cmd::Vertex3f) && id != static_cast<std::uint32_t>(Cmd::Vertex2f)) return;
-    PushVertex(id, CmdHeaderSize(header));
-    ++counts_.records;
-    at_ += CmdHeaderSize(header);
-  }
-
-  void FuseColor() noexcept {
-    const std::uint32_t header = NextHeader();
-    if (CmdHeaderId(header) != static_cast<std::uint32_t>(Cmd::Color)) return;
-    effect::Color(state_, ReadRecord<CmdColor>(at_, CmdHeaderSize(header)).color);
-    ++counts_.records;
-    at_ += CmdHeaderSize(header);
+    const auto pushed = static_cast<std::size_t>(out - vertices.end());
+    vertices.GrowUninitialized(pushed);  // within the capacity: moves the end
+    state_.currentColor = color;
+    state_.currentS = s;
+    state_.currentT = t;
+    at_ = at;
+    counts_.records += records;
+    counts_.vertices += pushed;
   }
 
   DriverState& state_;

@@ -17,6 +17,23 @@ inline Lanes Row(const float* m, int row, const Lanes& x, const Lanes& y, const 
   return out;
 }
 
+struct LaneBits {
+  alignas(16) std::uint32_t v[kBlockLanes];
+};
+
+/// `bit` in the lanes where the distance w + c, or w - c, is not at least 0: a NaN is outside.
+inline LaneBits Outside(const Lanes& w, const Lanes& c, std::uint32_t bit, int sign) noexcept {
+  Lanes distance;
+  for (std::uint32_t l = 0; l < kBlockLanes; ++l) distance.v[l] = sign > 0 ? w.v[l] + c.v[l] : w.v[l] - c.v[l];
+  LaneBits out;
+  for (std::uint32_t l = 0; l < kBlockLanes; ++l) out.v[l] = distance.v[l] >= 0.0f ? 0u : bit;
+  return out;
+}
+
+inline void Merge(LaneBits& into, const LaneBits& bits) noexcept {
+  for (std::uint32_t l = 0; l < kBlockLanes; ++l) into.v[l] |= bits.v[l];
+}
+
 inline void Store(const Lanes& lanes, float* to) noexcept {
   for (std::uint32_t l = 0; l < kBlockLanes; ++l) to[l] = lanes.v[l];
 }
@@ -47,17 +64,15 @@ void PrepareVertices(const NativePacket& packet, const ViewportMapping& mapping,
     Store(z, block.clipZ + to);
     Store(w, block.clipW + to);
 
-    // Negated comparisons: a NaN distance is outside.
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
-      const std::uint32_t left = w.v[l] + x.v[l] >= 0.0f ? 0u : 1u;
-      const std::uint32_t right = w.v[l] - x.v[l] >= 0.0f ? 0u : 2u;
-      const std::uint32_t bottom = w.v[l] + y.v[l] >= 0.0f ? 0u : 4u;
-      const std::uint32_t top = w.v[l] - y.v[l] >= 0.0f ? 0u : 8u;
-      const std::uint32_t front = w.v[l] + z.v[l] >= 0.0f ? 0u : 16u;
-      const std::uint32_t back = w.v[l] - z.v[l] >= 0.0f ? 0u : 32u;
-      const std::uint32_t rejected = w.v[l] <= 0.0f ? kRejectedWBit : 0u;
-      block.outside[to + l] = left | right | bottom | top | front | back | rejected;
-    }
+    LaneBits outside = Outside(w, x, 1, +1);
+    Merge(outside, Outside(w, x, 2, -1));
+    Merge(outside, Outside(w, y, 4, +1));
+    Merge(outside, Outside(w, y, 8, -1));
+    Merge(outside, Outside(w, z, 16, +1));
+    Merge(outside, Outside(w, z, 32, -1));
+    for (std::uint32_t l = 0; l < kBlockLanes; ++l) outside.v[l] |= w.v[l] <= 0.0f ? kRejectedWBit : 0u;
+    for (std::uint32_t l = 0; l < kBlockLanes; ++l) block.outside[to + l] = outside.v[l];
+
     Lanes invW, sx, sy, sz;
     for (std::uint32_t l = 0; l < kBlockLanes; ++l) invW.v[l] = 1.0f / w.v[l];
     for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
