@@ -30,10 +30,14 @@ LANE_FN Color Combine(std::uint32_t mode, std::uint32_t environment, const Color
   }
 }
 
+LANE_FN Color ConstantColor(const Surface& surface) {
+  return {Splat(surface.color[0]), Splat(surface.color[1]), Splat(surface.color[2]), Splat(surface.color[3])};
+}
+
+/// For a surface that is not of one colour everywhere.
 LANE_FN Color ShadePlane(const Surface& surface, const Barycentrics& w) {
   const TriangleRecord& t = *surface.triangle;
-  Color fragment = {Splat(surface.color[0]), Splat(surface.color[1]), Splat(surface.color[2]), Splat(surface.color[3])};
-  if (surface.constantColor && surface.texture == nullptr) return fragment;
+  Color fragment = ConstantColor(surface);
   const Floats perspectiveW = PerspectiveW(surface, w);
   if (!surface.constantColor) {
     fragment = {Interpolate(surface.channel[0], w, perspectiveW), Interpolate(surface.channel[1], w, perspectiveW),

@@ -28,9 +28,14 @@ LANE_FN Mask InsideEdge(bool positive, Floats biased) {
   return positive ? LessEqual(zero, biased) : LessEqual(biased, zero);
 }
 
+LANE_FN TileCorners CornersOf(const Tile& tile) {
+  return {SplatQuad(static_cast<float>(tile.x0) + 0.5f), SplatQuad(static_cast<float>(tile.x0 + 7) + 0.5f),
+          SplatQuad(static_cast<float>(tile.y0) + 0.5f), SplatQuad(static_cast<float>(tile.y0 + kStepRows - 1) + 0.5f)};
+}
+
 /// Masks and barycentrics of the four planes. Returns false, with `weights` unset, where no lane is covered.
-LANE_FN bool CoverTile(const Tile& tile, const Centres& centres, const Edges& edges, Mask (&covered)[kPlanes],
-                       Barycentrics (&weights)[kPlanes]) {
+LANE_FN bool CoverTile(const Tile& tile, const Centres& centres, const Edges& edges, bool everywhere,
+                       Mask (&covered)[kPlanes], Barycentrics (&weights)[kPlanes]) {
   Floats value[kPlanes][3];
   for (int i = 0; i < 3; ++i) {
     // Each product and difference is the one of the full evaluation; planes only share them.
@@ -41,13 +46,17 @@ LANE_FN bool CoverTile(const Tile& tile, const Centres& centres, const Edges& ed
     value[2][i] = EdgeValue(edges, i, lower, left);
     value[3][i] = EdgeValue(edges, i, lower, right);
   }
-  for (int p = 0; p < kPlanes; ++p) {
-    Mask m = InsideEdge(edges.positive, Add(value[p][0], Splat(edges.bias[0])));
-    m = And(m, InsideEdge(edges.positive, Add(value[p][1], Splat(edges.bias[1]))));
-    m = And(m, InsideEdge(edges.positive, Add(value[p][2], Splat(edges.bias[2]))));
-    covered[p] = tile.whole ? m : And(m, tile.inBounds[p]);
+  if (everywhere) {
+    for (int p = 0; p < kPlanes; ++p) covered[p] = tile.whole ? AllLanes() : tile.inBounds[p];
+  } else {
+    for (int p = 0; p < kPlanes; ++p) {
+      Mask m = InsideEdge(edges.positive, Add(value[p][0], Splat(edges.bias[0])));
+      m = And(m, InsideEdge(edges.positive, Add(value[p][1], Splat(edges.bias[1]))));
+      m = And(m, InsideEdge(edges.positive, Add(value[p][2], Splat(edges.bias[2]))));
+      covered[p] = tile.whole ? m : And(m, tile.inBounds[p]);
+    }
+    if (!Any(Or(Or(covered[0], covered[1]), Or(covered[2], covered[3])))) return false;
   }
-  if (!Any(Or(Or(covered[0], covered[1]), Or(covered[2], covered[3])))) return false;
   const Floats inverse = Splat(edges.inverseArea);
   for (int p = 0; p < kPlanes; ++p) {
     weights[p].b[0] = Mul(value[p][1], inverse);

@@ -4,16 +4,23 @@
 namespace tlr2 {
 namespace {
 
-/// Edges 0 to 1, 1 to 2, 2 to 0, each with the vertex it starts from.
+/// Edges 0 to 1, 1 to 2, 2 to 0, each with the vertex it starts from; the fourth elements mean nothing.
 struct Edges {
-  float x[3], y[3];
-  float dx[3], dy[3];
-  float bias[3];
+  float x[4], y[4];
+  float dx[4], dy[4];
+  float bias[4];
   bool positive;  // the area's sign; the pixel test is mirrored otherwise
   float inverseArea;
 };
 
 constexpr float kEdgeBias = 0.00390625f;  // 1/256, in units of the edge function
+
+/// The tile's outermost pixel centres.
+struct TileCorners {
+  Quad left, right, top, bottom;
+};
+
+enum class Place { kNowhere, kPartly, kEverywhere };
 
 LANE_FN bool Finite(float v) { return __builtin_fabsf(v) <= 0x1.fffffep+127f; }
 
@@ -24,28 +31,41 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
   return Finite(t.x[0]) && Finite(t.x[1]) && Finite(t.x[2]) && Finite(t.y[0]) && Finite(t.y[1]) && Finite(t.y[2]);
 }
 
-/// Returns false where the triangle has no pixel anywhere: its area is exactly 0, or a vertex is not finite.
-LANE_FN bool SetUpEdges(const TriangleRecord& triangle, Edges& edges) {
-  for (int i = 0; i < 3; ++i) {
-    const int j = i == 2 ? 0 : i + 1;
-    edges.x[i] = triangle.x[i];
-    edges.y[i] = triangle.y[i];
-    edges.dx[i] = triangle.x[j] - triangle.x[i];
-    edges.dy[i] = triangle.y[j] - triangle.y[i];
-  }
-  const float area = MulSub(edges.dx[0], triangle.y[2] - triangle.y[0], edges.dy[0] * (triangle.x[2] - triangle.x[0]));
-  if (area == 0.0f || !FiniteVertices(triangle, area)) return false;
+/// Sets the edges up and tells how the triangle lies to the tile. Products, differences and fused products round
+/// monotonically, so the edge values at the corner centres bound those at all centres between them: outside one edge at
+/// four corners is outside at every pixel, inside all edges at four corners inside at every pixel.
+LANE_FN Place SetUpEdges(const TriangleRecord& triangle, const TileCorners& corners, Edges& edges) {
+  const Quad x = LoadQuad(triangle.x), y = LoadQuad(triangle.y);
+  const Quad dx = Sub(Rotate(x), x), dy = Sub(Rotate(y), y);
+  StoreQuad(edges.dx, dx);
+  StoreQuad(edges.dy, dy);
+  const float area = MulSub(triangle.x[1] - triangle.x[0], triangle.y[2] - triangle.y[0],
+                            (triangle.y[1] - triangle.y[0]) * (triangle.x[2] - triangle.x[0]));
+  if (area == 0.0f || !FiniteVertices(triangle, area)) return Place::kNowhere;
   edges.positive = area > 0.0f;
+
+  // The inclusive edges of either winding: the mirrored test makes both get the bias of the other's sign.
+  const Quad zero = SplatQuad(0.0f), signBit = SplatQuad(-0.0f);
+  const Quad rightward = And(Equal(dy, zero), edges.positive ? Less(zero, dx) : Less(dx, zero));
+  const Quad inclusive = Or(edges.positive ? Less(dy, zero) : Less(zero, dy), rightward);
+  const Quad mirror = edges.positive ? zero : signBit;
+  // +1/256 where inclusive on the mirrored side, else -1/256; then mirrored back.
+  const Quad exclusiveSign = Xor(And(inclusive, signBit), signBit);
+  const Quad bias = Xor(Xor(SplatQuad(kEdgeBias), exclusiveSign), mirror);
+  StoreQuad(edges.bias, bias);
+
+  const Quad productLeft = Mul(dy, Sub(corners.left, x)), productRight = Mul(dy, Sub(corners.right, x));
+  const Quad fromTop = Sub(corners.top, y), fromBottom = Sub(corners.bottom, y);
+  const Quad a = Xor(Add(MulSub(dx, fromTop, productLeft), bias), mirror);
+  const Quad b = Xor(Add(MulSub(dx, fromTop, productRight), bias), mirror);
+  const Quad c = Xor(Add(MulSub(dx, fromBottom, productLeft), bias), mirror);
+  const Quad d = Xor(Add(MulSub(dx, fromBottom, productRight), bias), mirror);
+  if (EdgeBits(And(And(Less(a, zero), Less(b, zero)), And(Less(c, zero), Less(d, zero)))) != 0) return Place::kNowhere;
+  const Quad inside = And(And(LessEqual(zero, a), LessEqual(zero, b)), And(LessEqual(zero, c), LessEqual(zero, d)));
+  StoreQuad(edges.x, x);
+  StoreQuad(edges.y, y);
   edges.inverseArea = 1.0f / area;
-  for (int i = 0; i < 3; ++i) {
-    const float dx = edges.dx[i], dy = edges.dy[i];
-    if (edges.positive) {
-      edges.bias[i] = dy < 0.0f || (dy == 0.0f && dx > 0.0f) ? kEdgeBias : -kEdgeBias;
-    } else {
-      edges.bias[i] = dy > 0.0f || (dy == 0.0f && dx < 0.0f) ? -kEdgeBias : kEdgeBias;
-    }
-  }
-  return true;
+  return EdgeBits(inside) == 7 ? Place::kEverywhere : Place::kPartly;
 }
 
 /// Edge `i` at columns `px` and rows `py`. The product with dy is rounded first, then the one with dx takes part.

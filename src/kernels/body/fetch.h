@@ -18,6 +18,8 @@ LANE_FN Color UnpackBytes(Ints words) {
           ToFloats(And(words, byte)), ToFloats(ShiftRight<24>(words))};
 }
 
+LANE_FN Ints PackColor(const Color& c) { return PackBytes(c.r, c.g, c.b, c.a); }
+
 LANE_FN Color Scale(Color c, float by) {
   const Floats k = Splat(by);
   return {Mul(c.r, k), Mul(c.g, k), Mul(c.b, k), Mul(c.a, k)};

@@ -5,11 +5,13 @@ namespace tlr2 {
 namespace {
 
 /// Coverage and depth of the four planes. Returns whether any lane lives.
-LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Centres& centres, Tile& tile,
-                           Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
+LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Centres& centres,
+                           const TileCorners& corners, Tile& tile, Fragments& fragments,
+                           Barycentrics (&weights)[kPlanes]) {
   Edges edges;
-  if (!SetUpEdges(t, edges)) return false;
-  if (!CoverTile(tile, centres, edges, fragments.live, weights)) return false;
+  const Place place = SetUpEdges(t, corners, edges);
+  if (place == Place::kNowhere) return false;
+  if (!CoverTile(tile, centres, edges, place == Place::kEverywhere, fragments.live, weights)) return false;
   if (t.depthTest == 0) return true;
   if (!tile.depthLoaded) {
     Ints words[kPlanes];
@@ -30,15 +32,28 @@ LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, co
                           Tile& tile) {
   for (int p = 0; p < kPlanes; ++p) {
     if (!Any(fragments.live[p])) continue;
-    StorePlane(tile, *surface.triangle, fragments, p, ShadePlane(surface, weights[p]));
+    const Color color = ShadePlane(surface, weights[p]);
+    StorePlane(tile, *surface.triangle, fragments, p, color, PackColor(color));
   }
 }
 
 LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
                         bool shareAll, Tile& tile) {
-  Color slot[kPlanes];
-  ShadeShared(surface, weights, shareAll, slot);
-  for (int p = 0; p < kPlanes; ++p) StorePlane(tile, *surface.triangle, fragments, p, slot[p]);
+  Slots slots;
+  ShadeShared(surface, weights, fragments.live, shareAll, slots);
+  Ints words[kPlanes];
+  for (int p = 0; p < kPlanes; ++p) {
+    const int from = slots.of[p];
+    words[p] = from == p ? PackColor(slots.color[p]) : words[from];
+    StorePlane(tile, *surface.triangle, fragments, p, slots.color[from], words[p]);
+  }
+}
+
+/// One colour in all lanes: nothing varies, so the planes share it whatever the mode, and it packs to its own bytes.
+LANE_FN void DrawConstant(const Surface& surface, const Fragments& fragments, Tile& tile) {
+  const Color color = ConstantColor(surface);
+  const Ints words = Splat(static_cast<std::int32_t>(surface.triangle->color[0]));
+  for (int p = 0; p < kPlanes; ++p) StorePlane(tile, *surface.triangle, fragments, p, color, words);
 }
 
 LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
@@ -52,12 +67,13 @@ LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
 LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries, std::int32_t entryCount, float bound,
                       Tile& tile) {
   const Centres centres = TileCentres(tile);
+  const TileCorners corners = CornersOf(tile);
   for (std::int32_t i = 0; i < entryCount; ++i) {
     const TriangleRecord& t = args.triangles[entries[i]];
     if (BehindBound(t, bound)) continue;
     Fragments fragments;
     Barycentrics weights[kPlanes];
-    if (!FindFragments(args, t, centres, tile, fragments, weights)) continue;
+    if (!FindFragments(args, t, centres, corners, tile, fragments, weights)) continue;
     if (!tile.colorLoaded) {
       LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
       tile.colorLoaded = tile.colorDirty = true;
@@ -65,7 +81,9 @@ LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries,
     if (t.depthTest != 0 && t.depthWrite != 0) tile.depthDirty = true;
     Surface surface;
     SetUpSurface(args, t, surface);
-    if (args.kernelMode == 0) {
+    if (surface.constantColor && surface.texture == nullptr) {
+      DrawConstant(surface, fragments, tile);
+    } else if (args.kernelMode == 0) {
       DrawUnshared(surface, fragments, weights, tile);
     } else {
       DrawShared(surface, fragments, weights, args.kernelMode != 1, tile);

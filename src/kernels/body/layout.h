@@ -12,6 +12,8 @@ constexpr std::int32_t kStepRows = kLanes / 2;
 LANE_FN std::int32_t PlaneDx(int plane) { return plane & 1; }
 LANE_FN std::int32_t PlaneDy(int plane) { return plane >> 1; }
 
+LANE_FN Mask AllLanes() { return Equal(Splat(0), Splat(0)); }
+
 /// The pixels of one step: bounds, and the buffers' pixels in plane order while the list is worked off.
 struct Tile {
   std::int32_t x0, y0;  // first pixel of the step

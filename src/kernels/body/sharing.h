@@ -27,25 +27,36 @@ LANE_FN Color Average(const Color& x, const Color& y, const Color& z) {
                0.33333334f);
 }
 
-/// Fills the four slots. `shareAll` stops after plane 0 whatever it shows.
-LANE_FN void ShadeShared(const Surface& surface, const Barycentrics (&weights)[kPlanes], bool shareAll,
-                         Color (&slot)[kPlanes]) {
+/// The shaded and averaged colours, and which of them each plane takes. A plane takes its own or an earlier one's.
+struct Slots {
+  Color color[kPlanes];
+  int of[kPlanes];
+};
+
+/// `shareAll` stops after plane 0 whatever it shows. A plane is shaded only if a live lane can still depend on it:
+/// through its own slot, an averaged one, or its statistic.
+LANE_FN void ShadeShared(const Surface& surface, const Barycentrics (&weights)[kPlanes], const Mask (&live)[kPlanes],
+                         bool shareAll, Slots& slots) {
+  slots.of[0] = slots.of[1] = slots.of[2] = slots.of[3] = 0;
+  const bool later1 = Any(live[1]), later2 = later1 || Any(live[2]), later3 = later2 || Any(live[3]);
   for (int step = 0; step < kPlanes; ++step) {
     const int plane = (kPlanes - step) % kPlanes;
-    slot[plane] = ShadePlane(surface, weights[plane]);
+    slots.color[plane] = ShadePlane(surface, weights[plane]);
+    slots.of[plane] = plane;
     if (step == 0) {
-      if (shareAll || kShareAll > PlaneStatistic(slot[0])) {
-        slot[1] = slot[2] = slot[3] = slot[0];
-        return;
-      }
+      if (shareAll || !later3 || kShareAll > PlaneStatistic(slots.color[0])) return;
     } else if (step == 1) {
-      if (kShareDiagonal > PlaneStatistic(slot[3])) {
-        slot[1] = slot[2] = Average(slot[0], slot[3]);
+      if (!later2) return;
+      if (kShareDiagonal > PlaneStatistic(slots.color[3])) {
+        slots.color[1] = Average(slots.color[0], slots.color[3]);
+        slots.of[1] = slots.of[2] = 1;
         return;
       }
     } else if (step == 2) {
-      if (kShareThree > PlaneStatistic(slot[2])) {
-        slot[1] = Average(slot[0], slot[3], slot[2]);
+      if (!later1) return;
+      if (kShareThree > PlaneStatistic(slots.color[2])) {
+        slots.color[1] = Average(slots.color[0], slots.color[3], slots.color[2]);
+        slots.of[1] = 1;
         return;
       }
     }

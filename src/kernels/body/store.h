@@ -14,13 +14,16 @@ LANE_FN void StoreColor(Tile& tile, int plane, Mask live, Ints words) {
   tile.color[plane] = Select(live, words, tile.color[plane]);
 }
 
-LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fragments, int plane,
-                        const Color& source) {
+/// `words` are the packed fragments where nothing blends.
+LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fragments, int plane, const Color& source,
+                        Ints words) {
   Mask live = fragments.live[plane];
   if (t.alphaTest != 0) live = And(live, AlphaPasses(source));
-  Color result = source;
-  if (Blends(t.blendMode)) result = Blend(t.blendMode, source, UnpackBytes(tile.color[plane]));
-  StoreColor(tile, plane, live, PackBytes(result.r, result.g, result.b, result.a));
+  if (Blends(t.blendMode)) {
+    const Color result = Blend(t.blendMode, source, UnpackBytes(tile.color[plane]));
+    words = PackBytes(result.r, result.g, result.b, result.a);
+  }
+  StoreColor(tile, plane, live, words);
   if (t.depthTest != 0 && t.depthWrite != 0) {
     tile.depth[plane] = Select(live, fragments.z[plane], tile.depth[plane]);
   }

@@ -9,6 +9,9 @@
 
 #include "kernels/lanes/inline.h"
 
+#define TLR2_LANES_FUSE 0
+#include "kernels/lanes/quad.h"
+
 namespace tlr2 {
 namespace {
 

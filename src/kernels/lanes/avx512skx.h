@@ -10,6 +10,9 @@
 
 #include "kernels/lanes/inline.h"
 
+#define TLR2_LANES_FUSE 1
+#include "kernels/lanes/quad.h"
+
 namespace tlr2 {
 namespace {
 

@@ -1,0 +1,38 @@
+// Four floats in a 128-bit register, for a triangle's three edges at once. Included by the lanes, which say whether
+// products fuse.
+#pragma once
+
+namespace tlr2 {
+namespace {
+
+struct Quad {
+  __m128 v;
+};
+
+LANE_FN Quad SplatQuad(float x) { return {_mm_set1_ps(x)}; }
+/// Reads four floats.
+LANE_FN Quad LoadQuad(const float* from) { return {_mm_loadu_ps(from)}; }
+LANE_FN void StoreQuad(float* to, Quad x) { _mm_storeu_ps(to, x.v); }
+/// Elements 1, 2, 0: each edge's end beside its start.
+LANE_FN Quad Rotate(Quad x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(3, 0, 2, 1))}; }
+LANE_FN Quad Add(Quad x, Quad y) { return {_mm_add_ps(x.v, y.v)}; }
+LANE_FN Quad Sub(Quad x, Quad y) { return {_mm_sub_ps(x.v, y.v)}; }
+LANE_FN Quad Mul(Quad x, Quad y) { return {_mm_mul_ps(x.v, y.v)}; }
+LANE_FN Quad Xor(Quad x, Quad y) { return {_mm_xor_ps(x.v, y.v)}; }
+LANE_FN Quad And(Quad x, Quad y) { return {_mm_and_ps(x.v, y.v)}; }
+LANE_FN Quad Or(Quad x, Quad y) { return {_mm_or_ps(x.v, y.v)}; }
+LANE_FN Quad Less(Quad x, Quad y) { return {_mm_cmplt_ps(x.v, y.v)}; }
+LANE_FN Quad LessEqual(Quad x, Quad y) { return {_mm_cmple_ps(x.v, y.v)}; }
+LANE_FN Quad Equal(Quad x, Quad y) { return {_mm_cmpeq_ps(x.v, y.v)}; }
+/// Bits of the first three elements' masks.
+LANE_FN int EdgeBits(Quad mask) { return _mm_movemask_ps(mask.v) & 7; }
+LANE_FN Quad MulSub(Quad x, Quad y, Quad z) {
+#if TLR2_LANES_FUSE
+  return {_mm_fmsub_ps(x.v, y.v, z.v)};
+#else
+  return Sub(Mul(x, y), z);
+#endif
+}
+
+}  // namespace
+}  // namespace tlr2
