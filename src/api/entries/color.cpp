@@ -34,7 +34,7 @@ void TLR2_STDCALL glColor3fv(const GLfloat* v) noexcept {
 
 void TLR2_STDCALL glColor4f(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) noexcept {
   ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
+  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
     return CommonColor4f(red, green, blue, alpha);
   CounterAdd(CallCounters[static_cast<int>(Entry::glColor4f)], 1);
   const std::uint32_t color = PackColor(red, green, blue, alpha);
@@ -62,7 +62,7 @@ void TLR2_STDCALL glColor3ubv(const GLubyte* v) noexcept {
 // Called per vertex: a plain call makes no further call, see vertex.cpp.
 void TLR2_STDCALL glColor4ub(GLubyte red, GLubyte green, GLubyte blue, GLubyte alpha) noexcept {
   ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
+  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
     return CommonColor4ub(red, green, blue, alpha);
   CounterAdd(CallCounters[static_cast<int>(Entry::glColor4ub)], 1);
   const std::uint32_t color = PackBytes(red, green, blue, alpha);

@@ -39,9 +39,10 @@ TLR2_ALWAYS_INLINE void AppendRecord(const Record& record) {
   new (CommandStreamInstance().bytes.GrowUninitialized(sizeof(Record))) Record(record);
 }
 
-/// Whether a call does nothing but count, record and change the state: the state of affairs of all but a few frames.
-TLR2_ALWAYS_INLINE bool Plain(const ThreadGuard& guard) noexcept {
-  return !guard.suppress && traceFirstFrame.load(std::memory_order_relaxed) < 0 &&
+/// Whether a call does nothing but count, record and change the state, as in all but a few frames. `guard` null: the
+/// thread's block is not at hand, so the call is none.
+TLR2_ALWAYS_INLINE bool Plain(const ThreadGuard* guard) noexcept {
+  return guard != nullptr && !guard->suppress && traceFirstFrame.load(std::memory_order_relaxed) < 0 &&
          detail::settingsLoaded.load(std::memory_order_acquire) != 0 && detail::driverSettings.pipelineCutoff != 0;
 }
 

@@ -53,7 +53,8 @@ void TLR2_STDCALL glEnd() noexcept {
 void TLR2_STDCALL glVertex3f(GLfloat x, GLfloat y, GLfloat z) noexcept {
   ByteVector& bytes = CommandStreamInstance().bytes;
   DriverState& state = DriverStateInstance();
-  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdVertex3f) || state.vertices.spare() == 0) [[unlikely]]
+  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdVertex3f) || state.vertices.spare() == 0)
+      [[unlikely]]
     return CommonVertex3f(x, y, z);
   CounterAdd(CallCounters[static_cast<int>(Entry::glVertex3f)], 1);
   new (bytes.TakeSpare(sizeof(CmdVertex3f))) CmdVertex3f{.x = x, .y = y, .z = z};
@@ -81,7 +82,8 @@ void TLR2_STDCALL glVertex3fv(const GLfloat* v) noexcept {
 void TLR2_STDCALL glVertex2f(GLfloat x, GLfloat y) noexcept {
   ByteVector& bytes = CommandStreamInstance().bytes;
   DriverState& state = DriverStateInstance();
-  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdVertex2f) || state.vertices.spare() == 0) [[unlikely]]
+  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdVertex2f) || state.vertices.spare() == 0)
+      [[unlikely]]
     return CommonVertex2f(x, y);
   CounterAdd(CallCounters[static_cast<int>(Entry::glVertex2f)], 1);
   new (bytes.TakeSpare(sizeof(CmdVertex2f))) CmdVertex2f{.x = x, .y = y};
@@ -100,7 +102,7 @@ void TLR2_STDCALL glVertex2fv(const GLfloat* v) noexcept {
 
 void TLR2_STDCALL glTexCoord2f(GLfloat s, GLfloat t) noexcept {
   ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(CurrentThreadGuard()) || bytes.spare() < sizeof(CmdTexCoord2f)) [[unlikely]]
+  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdTexCoord2f)) [[unlikely]]
     return CommonTexCoord2f(s, t);
   CounterAdd(CallCounters[static_cast<int>(Entry::glTexCoord2f)], 1);
   new (bytes.TakeSpare(sizeof(CmdTexCoord2f))) CmdTexCoord2f{.s = s, .t = t};

@@ -10,6 +10,8 @@
 
 namespace tlr2 {
 
+constinit std::atomic<std::uint32_t> detail::threadSlotOffset{0};
+
 namespace {
 
 constexpr DWORD kDirectSlots = 64;
@@ -17,20 +19,9 @@ constexpr std::uint32_t kSlotArrayOffset = sizeof(void*) == 8 ? 0x1480 : 0xE10;
 
 constexpr DWORD kNoSlot = TLS_OUT_OF_INDEXES;
 constinit std::atomic<DWORD> slot{kNoSlot};
-constinit std::atomic<std::uint32_t> directOffset{0};  // 0: no slot yet, or none of the direct ones
 
 // Shared by all threads once the system is out of slots or memory: wrong then, but no worse than ending the program.
 constinit ThreadGuard lastResort{};
-
-ThreadGuard* ReadDirect(std::uint32_t offset) noexcept {
-  ThreadGuard* guard;
-#if defined(__x86_64__)
-  __asm__ volatile("movq %%gs:(%1), %0" : "=r"(guard) : "r"(static_cast<std::uint64_t>(offset)));
-#else
-  __asm__ volatile("movl %%fs:(%1), %0" : "=r"(guard) : "r"(offset));
-#endif
-  return guard;
-}
 
 /// The one slot of the process, allocated by whichever thread comes first.
 DWORD TakeSlot() noexcept {
@@ -46,9 +37,9 @@ DWORD TakeSlot() noexcept {
   if (mine < kDirectSlots) {
     const auto offset = static_cast<std::uint32_t>(kSlotArrayOffset + mine * sizeof(void*));
     TlsSetValue(mine, &lastResort);
-    const bool agrees = ReadDirect(offset) == &lastResort;
+    const bool agrees = detail::ReadThreadSlot(offset) == &lastResort;
     TlsSetValue(mine, nullptr);
-    if (agrees) directOffset.store(offset, std::memory_order_release);
+    if (agrees) detail::threadSlotOffset.store(offset, std::memory_order_release);
   }
   return mine;
 }
@@ -73,14 +64,6 @@ __attribute__((noinline)) ThreadGuard& ReachSlowly() noexcept {
 
 }  // namespace
 
-ThreadGuard& CurrentThreadGuard() noexcept {
-  const std::uint32_t offset = directOffset.load(std::memory_order_relaxed);
-  if (offset != 0) [[likely]] {
-    ThreadGuard* guard = ReadDirect(offset);
-    if (guard != nullptr) [[likely]]
-      return *guard;
-  }
-  return ReachSlowly();
-}
+ThreadGuard& detail::ReachThreadGuard() noexcept { return ReachSlowly(); }
 
 }  // namespace tlr2
