@@ -136,13 +136,12 @@ TEST(QueueStart, RefusedThreadFailsTheStartAndSendsTheOthersHome) {
     QueueOptions options;
     options.calls.startThread = [](tlr2::ThreadHandle& thread, tlr2::ThreadMain main, void* argument) noexcept {
       if (startsLeft.fetch_sub(1) <= 0) return false;
-      static tlr2::ThreadMain worker;
-      worker = main;
+      EXPECT_EQ(main, &ExecuteTiles);
       running.fetch_add(1);
       return tlr2::ThreadStart(
           thread,
           [](void* record) {
-            worker(record);
+            ExecuteTiles(record);
             running.fetch_sub(1);
           },
           argument);
