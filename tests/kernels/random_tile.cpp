@@ -189,7 +189,7 @@ std::string RandomTile::Describe() const {
       for (int level = 0; level < kMaxLevels; ++level) {
         if (entry.levelWidth[level] != 0) print(" %dx%d", entry.levelWidth[level], entry.levelHeight[level]);
       }
-      print("\n");
+      text += "\n";
     }
   }
   return text;
