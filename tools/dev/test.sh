@@ -66,7 +66,7 @@ suite() {
     return
   fi
   local log=$logs/$preset-tests.log
-  (cd "build/$preset" && ctest --output-on-failure --timeout 900 "$@") >"$log" 2>&1 || true
+  (cd "build/$preset" && "${run[@]}" ctest --output-on-failure --timeout 900 "$@") >"$log" 2>&1 || true
   grep -hoE 'SKIPPED:? .*' "$log" | sort -u | sed "s/^/  $preset: /" || true
   local counts total bad
   counts=$(grep -E '^[0-9]+% tests passed' "$log" | tail -n 1)
@@ -90,6 +90,7 @@ suite() {
 for stage in "${stages[@]}"; do
   began=$SECONDS
   configure=()
+  run=()
   case "$stage" in
     lint)
       check rooms python3 tools/dev/lint_rooms.py
@@ -105,10 +106,12 @@ for stage in "${stages[@]}"; do
     tsan) TSAN_OPTIONS=halt_on_error=1 suite tsan ;;
     win32)
       bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
+      run=(bash "$root/tools/dev/run_wine.sh" --session)
       suite win32
       ;;
     win64)
       bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
+      run=(bash "$root/tools/dev/run_wine.sh" --session)
       suite win64
       ;;
   esac
