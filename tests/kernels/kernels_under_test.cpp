@@ -7,6 +7,12 @@
 #include "platform/cpu.h"
 #include "scalar_kernel.h"
 
+#if TLR2_EMULATED_AVX512
+extern "C" void tlr2_TileKernel_avx512emulated(const tlr2::KernelFrameArgs* args, std::int32_t x0, std::int32_t y0,
+                                               std::int32_t x1, std::int32_t y1, const std::uint32_t* entries,
+                                               std::int32_t entryCount, float* hizCell);
+#endif
+
 namespace tlr2::judge {
 namespace {
 
@@ -47,6 +53,9 @@ constexpr std::array kKernels = {
     KernelUnderTest{"avx", tlr2_TileKernel_avx, kScalar16, 16, false, HasAvx},
     KernelUnderTest{"avx2", tlr2_TileKernel_avx2, kScalar16Fused, 16, true, HasAvx2},
     KernelUnderTest{"avx512skx", tlr2_TileKernel_avx512skx, kScalar16Fused, 16, true, HasAvx512},
+#if TLR2_EMULATED_AVX512
+    KernelUnderTest{"avx512emulated", tlr2_TileKernel_avx512emulated, kScalar16Fused, 16, true, HasAvx2},
+#endif
 };
 
 }  // namespace

@@ -16,7 +16,7 @@ struct KernelUnderTest {
   bool (*supported)();
 };
 
-/// sse4, avx, avx2, avx512skx, in the order of the forced-target setting.
+/// sse4, avx, avx2, avx512skx, in the order of the forced-target setting, then the emulated one where it is built.
 std::span<const KernelUnderTest> RealKernels();
 
 /// The three scalar variants, then the real kernels.
