@@ -116,7 +116,8 @@ void DrawSky(const Camera& camera) {
   glEnable(GL_TEXTURE_2D);
 }
 
-// The ground in cells, so that near and far paving have their own depth extremes; `lit` draws the court's light map.
+// The ground in cells, so that near and far ground have their own depth extremes; `lit` draws the court's light map.
+// Out toward the horizon the texture is spread wider, so that its smallest level still has something to say there.
 void DrawGround(bool lit) {
   const double half = lit ? kCourtHalf : 160;
   const double cell = 8;
@@ -128,7 +129,9 @@ void DrawGround(bool lit) {
         if (lit) {
           Corner((x + kCourtHalf) / (2 * kCourtHalf), (wz + kCourtHalf) / (2 * kCourtHalf), x, 0, wz);
         } else {
-          Corner(x / 4, wz / 4, x, 0, wz);
+          const bool paved = z >= -kCourtHalf && z < kCourtHalf;
+          const double spread = paved ? 4 : 32;
+          Corner(x / spread, wz / spread, x, 0, wz);
         }
       }
     }
