@@ -42,8 +42,10 @@ void LayerScene::MakeTexture(Scene scene) {
         } else {
           const unsigned level2 = ((x / 8 + y / 8) & 1) != 0 ? 160 : 40;
           const unsigned alpha = scene == Scene::kBlended ? 128 : 255;
-          texel =
-              alpha << 24 | (level2 + random() % 91) << 16 | (level2 + random() % 91) << 8 | (level2 + random() % 91);
+          const auto grain = [&] { return level2 + static_cast<unsigned>(random() % 91); };
+          texel = alpha << 24 | grain() << 16;
+          texel |= grain() << 8;
+          texel |= grain();
         }
         texels_[1 + offset++] = texel;
       }

@@ -98,7 +98,7 @@ TEST_P(Differential, EqualsTheScalarFormInEveryByte) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, Differential, testing::ValuesIn(RealKernels().begin(), RealKernels().end()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& chosen) { return std::string(chosen.param.name); });
 
 // -- The random calls reach what they are for -----------------------------------------------------------------------
 
