@@ -11,6 +11,19 @@
 
 namespace tlr2::test {
 
+/// A null `value` unsets the variable.
+inline void SetVariable(const char* name, const char* value) {
+#if defined(_WIN32)
+  SetEnvironmentVariableA(name, value);
+#else
+  if (value != nullptr) {
+    setenv(name, value, 1);
+  } else {
+    unsetenv(name);
+  }
+#endif
+}
+
 class ScopedEnvironment {
  public:
   /// A null `value` unsets the variable.
@@ -32,16 +45,7 @@ class ScopedEnvironment {
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
 
  private:
-  void Set(const char* value) const {
-#if defined(_WIN32)
-    SetEnvironmentVariableA(name_.c_str(), value);
-#else
-    if (value != nullptr)
-      setenv(name_.c_str(), value, 1);
-    else
-      unsetenv(name_.c_str());
-#endif
-  }
+  void Set(const char* value) const { SetVariable(name_.c_str(), value); }
 
   std::string name_, old_;
   bool had_ = false;

@@ -1,14 +1,14 @@
 // Trace lines of the entries, as they reach the file.
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "capture/trace_file.h"
 #include "entry_fixture.h"
+#include "scratch_folder.h"
 
 namespace tlr2 {
 namespace {
@@ -17,19 +17,13 @@ class TraceLines : public Entries {
  protected:
   void SetUp() override {
     Entries::SetUp();
-    char pattern[] = "/tmp/tlr2_trace_XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    folder = pattern;
-    ASSERT_NE(getcwd(home, sizeof home), nullptr);
-    ASSERT_EQ(chdir(pattern), 0);
+    folder = std::make_unique<test::ScratchFolder>();
   }
   void TearDown() override {
     if (TraceOpen()) EndTrace();
     traceFirstFrame = -1;
     traceLastFrame = -1;
-    ASSERT_EQ(chdir(home), 0);
-    std::remove((folder + "/" + file).c_str());
-    rmdir(folder.c_str());
+    folder.reset();
     Entries::TearDown();
   }
   void Open() {
@@ -41,7 +35,7 @@ class TraceLines : public Entries {
   std::vector<std::string> Close() {
     EndTrace();
     traceFirstFrame = -1;
-    std::ifstream in(folder + "/" + file);
+    std::ifstream in(file);
     std::vector<std::string> lines;
     for (std::string line; std::getline(in, line);) {
       const std::size_t name = line.find("TLR2::");
@@ -53,8 +47,8 @@ class TraceLines : public Entries {
     return lines;
   }
 
-  std::string folder, file;
-  char home[4096];
+  std::unique_ptr<test::ScratchFolder> folder;
+  std::string file;
 };
 
 TEST_F(TraceLines, EachKindOfArgumentPrintsByItsRule) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "api/state/driver_state.h"
+#include "scratch_folder.h"
 #include "settings/settings.h"
 #include "settings/stage_counters.h"
 #include "tiles/discovery.h"
@@ -398,16 +399,7 @@ TEST_F(Frame, TheRecordsSumUpOverTheProcess) {
   EXPECT_EQ(record.microsConsidered, record.microsEdgeRejected + record.microsAccepted);
 }
 
-std::string Report() {
-  char* text = nullptr;
-  std::size_t size = 0;
-  std::FILE* file = open_memstream(&text, &size);
-  TileDiscoveryReport(file);
-  std::fclose(file);
-  std::string out(text, size);
-  std::free(text);
-  return out;
-}
+std::string Report() { return test::WrittenText(TileDiscoveryReport); }
 
 TEST(DiscoveryReport, SumsTheActiveRecordsInFixedLines) {
   TileDiscoveryReport(nullptr);

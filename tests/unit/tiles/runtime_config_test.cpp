@@ -8,12 +8,15 @@
 #include <string>
 
 #include "platform/topology.h"
+#include "scoped_environment.h"
 #include "settings/settings.h"
 #include "settings/status.h"
 #include "tiles/queue/render_job_queue.h"
 
 namespace tlr2 {
 namespace {
+
+using test::SetVariable;
 
 std::int32_t Cutoff(const char* text) {
   std::string value = text;
@@ -76,17 +79,17 @@ TEST(CutoffEnvironment, LettersAreLoweredAndUnknownValuesPassAsFull) {
 
 TEST(CutoffEnvironment, ItOverwritesWhatTheStoreHeld) {
   Settings().pipelineCutoff = 2;
-  setenv("TLR2_PIPELINE_CUTOFF", "bin", 1);
+  SetVariable("TLR2_PIPELINE_CUTOFF", "bin");
   ParseCutoffEnvironment();
   EXPECT_EQ(Settings().pipelineCutoff, 4);
-  unsetenv("TLR2_PIPELINE_CUTOFF");
+  SetVariable("TLR2_PIPELINE_CUTOFF", nullptr);
   ParseCutoffEnvironment();
   EXPECT_EQ(Settings().pipelineCutoff, 5);
   Settings().pipelineCutoff = 1;
-  setenv("TLR2_PIPELINE_CUTOFF", "null-command-stream-and-far-too-long", 1);  // does not fit its 32 bytes
+  SetVariable("TLR2_PIPELINE_CUTOFF", "null-command-stream-and-far-too-long");  // does not fit its 32 bytes
   ParseCutoffEnvironment();
   EXPECT_EQ(Settings().pipelineCutoff, 5);
-  unsetenv("TLR2_PIPELINE_CUTOFF");
+  SetVariable("TLR2_PIPELINE_CUTOFF", nullptr);
 }
 
 TEST(IsaEnvironment, EverySpellingSelectsAndNamesItsTarget) {
@@ -135,20 +138,20 @@ TEST(IsaEnvironment, UnknownAndUnsupportedValuesFallBackWithTheNormalisedText) {
 
 TEST(IsaEnvironment, ItOverwritesTheForcedWordAndTheLine) {
   Settings().forceIsa = 3;
-  unsetenv("TLR2_ISA");
+  SetVariable("TLR2_ISA", nullptr);
   ParseIsaEnvironment();
   EXPECT_EQ(Settings().forceIsa, 0);
   EXPECT_EQ(SelectedIsa(), -1);
   EXPECT_STREQ(isaStatusLine, "[TLR2 ISA = auto (auto-detected by ISPC)]");
-  setenv("TLR2_ISA", "sse4.1", 1);
+  SetVariable("TLR2_ISA", "sse4.1");
   ParseIsaEnvironment();
   EXPECT_EQ(Settings().forceIsa, 1);
   EXPECT_EQ(SelectedIsa(), 0);
   EXPECT_STREQ(isaStatusLine, "[TLR2 ISA = sse4 (forced via TLR2_ISA env var)]");
-  setenv("TLR2_ISA", "sse4-and-too-long", 1);  // 17 characters do not fit 16 bytes: unset
+  SetVariable("TLR2_ISA", "sse4-and-too-long");  // 17 characters do not fit 16 bytes: unset
   ParseIsaEnvironment();
   EXPECT_STREQ(isaStatusLine, "[TLR2 ISA = auto (auto-detected by ISPC)]");
-  unsetenv("TLR2_ISA");
+  SetVariable("TLR2_ISA", nullptr);
   ParseIsaEnvironment();
 }
 
@@ -246,21 +249,21 @@ std::string Tail() {
 
 TEST(ThreadsEnvironment, TheCapIsNoDemand) {
   RJQ::StopPool();
-  setenv("TLR2_THREADS", "1000", 1);
+  SetVariable("TLR2_THREADS", "1000");
   StartWorkerPool();
   ASSERT_NE(RJQ::Pool(), nullptr);
   EXPECT_EQ(RJQ::WorkerCount(RJQ::Pool()), static_cast<std::int32_t>(ActiveProcessorCount()));
   EXPECT_EQ(threadsStatusLine, "[TLR2 threads = " + std::to_string(ActiveProcessorCount()) +
                                    " workers (capped via TLR2_THREADS=1000)" + Tail());
   RJQ::StopPool();
-  unsetenv("TLR2_THREADS");
+  SetVariable("TLR2_THREADS", nullptr);
 }
 
 TEST(ThreadsEnvironment, BadValuesGiveTheDefault) {
   const std::uint32_t cap = ActiveProcessorCount() > 1 ? ActiveProcessorCount() - 1 : 1;
   for (const char* value : {"0", "-3", "abc", ""}) {
     RJQ::StopPool();
-    setenv("TLR2_THREADS", value, 1);
+    SetVariable("TLR2_THREADS", value);
     StartWorkerPool();
     ASSERT_NE(RJQ::Pool(), nullptr);
     EXPECT_EQ(threadsStatusLine, "[TLR2 threads = " + std::to_string(cap) +
@@ -268,7 +271,7 @@ TEST(ThreadsEnvironment, BadValuesGiveTheDefault) {
                                      Tail());
   }
   RJQ::StopPool();
-  unsetenv("TLR2_THREADS");
+  SetVariable("TLR2_THREADS", nullptr);
 }
 
 }  // namespace
