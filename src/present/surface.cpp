@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 
 #include "capture/trace.h"
@@ -24,9 +25,10 @@ bool SurfaceCreate(Surface& surface, std::int32_t width, std::int32_t height, vo
     return false;
   }
   // Not cleared: what a new depth buffer holds is the application's clear to decide.
-  const std::size_t rowBytes = static_cast<std::size_t>(width) * sizeof(float);
-  if (static_cast<std::size_t>(height) <= static_cast<std::size_t>(PTRDIFF_MAX) / rowBytes)
-    surface.depthBuffer = static_cast<float*>(std::malloc(static_cast<std::size_t>(height) * rowBytes));
+  const std::uint64_t rowBytes = static_cast<std::uint64_t>(width) * sizeof(float);  // may not fit 32 bits
+  if (static_cast<std::uint64_t>(height) <= static_cast<std::uint64_t>(PTRDIFF_MAX) / rowBytes)
+    surface.depthBuffer =
+        static_cast<float*>(std::malloc(static_cast<std::size_t>(static_cast<std::uint64_t>(height) * rowBytes)));
   if (surface.depthBuffer == nullptr) {
     SurfaceDestroy(surface);
     return false;

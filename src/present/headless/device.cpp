@@ -2,6 +2,7 @@
 #include "present/device.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -17,6 +18,7 @@ constexpr int kBufferCount = 2;
 // Rows are longer than their pixels, and differently so in each buffer, as mapped memory of a real device may be: who
 // keeps a pointer or takes the width for the pitch shows it at once.
 constexpr std::uint32_t kRowPadding[kBufferCount] = {64, 128};
+constexpr std::uint64_t kMostPitch = 0x7FFFFFFFu;  // a pitch is a 32-bit word: a wider row must not wrap to a short one
 
 }  // namespace
 
@@ -67,10 +69,13 @@ PresentDevice* DeviceInit(void* window, const DeviceSize& size) {
   device->window = window;
   device->size = size;
   for (int i = 0; i < kBufferCount; ++i) {
-    device->rowPitch[i] = static_cast<std::uint32_t>(size.renderWidth) * 4 + kRowPadding[i];
-    const std::size_t words =
-        static_cast<std::size_t>(device->rowPitch[i]) / 4 * static_cast<std::size_t>(size.renderHeight);
-    if (!found->failInit) device->buffer[i].reset(new (std::nothrow) std::uint32_t[words]());
+    const std::uint64_t pitch = static_cast<std::uint64_t>(size.renderWidth) * 4 + kRowPadding[i];
+    const bool fits = pitch <= kMostPitch && static_cast<std::uint64_t>(size.renderHeight) <= PTRDIFF_MAX / pitch;
+    if (fits && !found->failInit) {
+      device->rowPitch[i] = static_cast<std::uint32_t>(pitch);
+      const std::size_t words = static_cast<std::size_t>(pitch / 4) * static_cast<std::size_t>(size.renderHeight);
+      device->buffer[i].reset(new (std::nothrow) std::uint32_t[words]());
+    }
     if (device->buffer[i] == nullptr) {
       TraceCall("TLR2::DxgiPresent::Init", "(step=%s, hr=0x%08X)", "CreateTexture2D(staging)", 0x8007000Eu);
       return nullptr;

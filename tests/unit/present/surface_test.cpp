@@ -54,6 +54,16 @@ TEST_F(SurfaceOfWindow, CreateFailsWithoutAWindowOrASize) {
   EXPECT_FALSE(SurfaceCreate(surface, 20, 10, &notAWindow));
 }
 
+TEST_F(SurfaceOfWindow, SizesWhoseBytesFitNoAddressMakeNoSurface) {
+  // Four bytes a pixel take each of these rows past 32 bits, to a remainder that would pass for a short row.
+  for (const std::int32_t width : {0x40000001, 0x7FFFFFFF, 0x40000000}) {
+    EXPECT_FALSE(SurfaceCreate(surface, width, 1, hdc)) << width;
+    EXPECT_FALSE(SurfaceReady(surface));
+    EXPECT_EQ(surface.width, 0);
+  }
+  EXPECT_FALSE(SurfaceCreate(surface, 0x7FFFFFFF, 0x7FFFFFFF, hdc));
+}
+
 TEST_F(SurfaceOfWindow, AFailingDeviceLeavesNothingBehind) {
   Window().failInit = true;
   EXPECT_FALSE(SurfaceCreate(surface, 20, 10, hdc));
