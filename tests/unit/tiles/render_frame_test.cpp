@@ -263,6 +263,17 @@ TEST_F(Frame, WithoutAGridOnlyTheClearsShow) {
   EXPECT_EQ(LatestFrameStats().triangleCount, 1u);
 }
 
+TEST_F(Frame, SizesBelowZeroHaveNoTilesHoweverLargeTheirProduct) {
+  Target target(16, 16);
+  Grid(-0x7FFFFFFF, -0x7FFFFFFF);
+  AddTriangle(0, 0, 8, 0, 0, 8);
+  Render(target);
+  Grid(-40, -40);  // two columns by two rows below zero are not four tiles
+  Render(target);
+  EXPECT_EQ(kernelCalls, 0);
+  EXPECT_EQ(LatestFrameStats().participants, 0u);
+}
+
 TEST_F(Frame, CutoffThreePreparesAndRunsNoTask) {
   Grid(64, 64);
   Target target(64, 64);
