@@ -35,8 +35,8 @@ void InstallCrashObserver(void (*observer)()) noexcept {
   // Present in the system's C runtime, missing from the 32-bit import library.
   using SetAbortBehavior = unsigned(__cdecl*)(unsigned, unsigned);
   if (const HMODULE runtime = GetModuleHandleW(L"msvcrt.dll")) {
-    const auto set = reinterpret_cast<SetAbortBehavior>(
-        reinterpret_cast<void*>(GetProcAddress(runtime, "_set_abort_behavior")));
+    const auto set =
+        reinterpret_cast<SetAbortBehavior>(reinterpret_cast<void*>(GetProcAddress(runtime, "_set_abort_behavior")));
     if (set != nullptr) set(0, _WRITE_ABORT_MSG | _CALL_REPORTFAULT);
   }
   std::signal(SIGABRT, SIG_DFL);
