@@ -1,5 +1,5 @@
 # The bouncing ball of GLFW's examples. It looks every GL entry up by name, and makes a context on its one window.
-# shellcheck shell=bash disable=SC2034
+# shellcheck shell=bash disable=SC2034,SC2154,SC2164
 package=glfw3
 archive='glfw3_*.orig.tar.*'
 

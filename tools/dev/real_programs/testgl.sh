@@ -1,5 +1,5 @@
 # SDL 1.2's rotating cube, with a logo in orthographic projection on demand. It imports the GL entries at load time.
-# shellcheck shell=bash disable=SC2034
+# shellcheck shell=bash disable=SC2034,SC2154,SC2164
 package=libsdl1.2
 archive='libsdl1.2_*.orig.tar.*'
 

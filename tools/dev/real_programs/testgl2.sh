@@ -1,5 +1,5 @@
 # SDL2's rotating cube. The library makes short-lived contexts on windows of its own before the real one.
-# shellcheck shell=bash disable=SC2034
+# shellcheck shell=bash disable=SC2034,SC2154,SC2164
 package=libsdl2
 archive='libsdl2_*.orig.tar.*'
 

@@ -1,4 +1,4 @@
-/* Stands between SDL2's testgl2 and SDL's look-up: entries that a driver does not have become one that ends the program. */
+/* Stands between SDL2's testgl2 and SDL's look-up: an entry that is absent becomes one that ends the program. */
 #include "SDL.h"
 
 extern void* SDLCALL ProcAddressOrTrap(const char* name);
@@ -10,8 +10,7 @@ static void Trap(void) {
 
 void* SDLCALL ProcAddressOrTrap(const char* name) {
   void* entry = SDL_GL_GetProcAddress(name);
-  if (entry != NULL)
-    return entry;
+  if (entry != NULL) return entry;
   SDL_Log("absent: %s", name);
   return (void*)Trap;
 }
