@@ -90,7 +90,8 @@ void BuildAndShow(ContextRecord& context, FrameJob& job, void* hdc) {
     job.keyframe = std::move(keyframe);
     SwapStreams(live, job.stream);
   }
-  if (Capturing()) StartCapturedFrame(context.surface);
+  // Without a stream there is nothing to write, so no file is made either.
+  if (recording && Capturing()) StartCapturedFrame(context.surface);
   if (recording) {
     RunFrameBuild(job, true);
   } else {
