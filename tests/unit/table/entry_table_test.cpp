@@ -164,6 +164,8 @@ TEST(Table, TraceFormatsFollowTheKindsOfTheArguments) {
   EXPECT_STREQ(Row(Entry::glVertex2fv).traceFormat, "(v=%p)");
   EXPECT_STREQ(Row(Entry::wglSwapBuffers).traceFormat, "(hdc=%p)");
   EXPECT_STREQ(Row(Entry::wglGetProcAddress).traceFormat, "(name=\"%s\")");
+  EXPECT_STREQ(Row(Entry::glColorTableEXT).traceFormat,
+               "(target=0x%04X, internalFormat=0x%04X, width=%d, format=0x%04X, type=0x%04X, table=%p)");
   EXPECT_STREQ(Row(Entry::wglSwapLayerBuffers).traceFormat, "(hdc=%p, fuPlanes=0x%08X)");
 }
 
