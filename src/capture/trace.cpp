@@ -53,10 +53,11 @@ void TraceCall(const char* name, const char* format, ...) noexcept {
   if (!TraceActive()) return;
   Trace& trace = TraceInstance();
   if (trace.file.load(std::memory_order_acquire) == nullptr) return;
-  char arguments[kArgumentBytes];
+  char arguments[kArgumentBytes] = "";  // zero: a failed conversion leaves what it has written
   va_list list;
   va_start(list, format);
-  if (std::vsnprintf(arguments, sizeof arguments, format, list) < 0) arguments[sizeof arguments - 1] = '\0';
+  std::vsnprintf(arguments, sizeof arguments, format, list);
+  arguments[sizeof arguments - 1] = '\0';
   va_end(list);
   const std::uint64_t sequence = NextSequence(trace.sequence);
   char line[kLineBytes];
