@@ -39,8 +39,7 @@ void TLR2_STDCALL glGenTextures(GLsizei n, GLuint* textures) noexcept {
   if (textures == nullptr || n < 1) return;
   // The names are not recorded: the replay allocates them again by the same rule.
   if (Records(guard)) AppendRecord(CmdGenTextures{.n = n});
-  DriverState& state = DriverStateInstance();
-  for (GLsizei i = 0; i < n; ++i) textures[i] = AllocateTextureName(state, Touch::kNote);
+  AllocateTextureNames(DriverStateInstance(), n, textures, Touch::kNote);
 }
 
 void TLR2_STDCALL glDeleteTextures(GLsizei n, const GLuint* textures) noexcept {
