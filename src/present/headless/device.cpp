@@ -3,11 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <new>
 
 #include "capture/trace.h"
+#include "present/headless/post_process.h"
 #include "present/headless/window.h"
 
 namespace tlr2 {
@@ -44,7 +44,7 @@ bool MapCurrent(PresentDevice& device) {
   return true;
 }
 
-/// From the current colour buffer to the shown picture. The colour adjustments of the settings belong here.
+/// From the current colour buffer to the shown picture, adjusted as the settings say at this moment.
 void PostProcessPass(PresentDevice& device, HeadlessWindow& window) {
   device.mapped = false;
   const std::size_t width = static_cast<std::size_t>(device.size.renderWidth);
@@ -52,9 +52,10 @@ void PostProcessPass(PresentDevice& device, HeadlessWindow& window) {
   window.picture.resize(width * height);
   window.pictureWidth = device.size.renderWidth;
   window.pictureHeight = device.size.renderHeight;
+  const PostProcessConstants constants = MakePostProcessConstants(Settings());
   const auto* row = reinterpret_cast<const std::uint8_t*>(device.buffer[device.index].get());
   for (std::size_t y = 0; y < height; ++y, row += device.rowPitch[device.index])
-    std::memcpy(&window.picture[y * width], row, width * sizeof(std::uint32_t));
+    PostProcessPixels(constants, reinterpret_cast<const std::uint32_t*>(row), &window.picture[y * width], width);
 }
 
 }  // namespace

@@ -1,0 +1,116 @@
+// The headless device's colour adjustments against the formula in double precision, and their way into the picture.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <vector>
+
+#include "present/headless/post_process.h"
+#include "present/surface.h"
+#include "settings/settings.h"
+#include "tlr2/headless.h"
+
+namespace tlr2 {
+namespace {
+
+struct Words {
+  int gamma = 100, hue = 0, saturation = 100, brightness = 100, videoRange = 0;
+};
+
+void Set(const Words& words) {
+  DriverSettings& settings = Settings();
+  settings.gammaX100 = words.gamma;
+  settings.hueDeg = words.hue;
+  settings.saturationX100 = words.saturation;
+  settings.brightnessX100 = words.brightness;
+  settings.videoRangeX100 = words.videoRange;
+}
+
+class HeadlessPostProcess : public testing::Test {
+ protected:
+  void TearDown() override { Set({}); }
+  static std::uint32_t Adjust(const Words& words, std::uint32_t pixel) {
+    Set(words);
+    std::uint32_t out = 0;
+    PostProcessPixels(MakePostProcessConstants(Settings()), &pixel, &out, 1);
+    return out;
+  }
+};
+
+double Byte(std::uint32_t pixel, int shift) { return static_cast<double>(pixel >> shift & 0xFF) / 255; }
+
+/// The formula of the adjustments, apart from the code.
+void Wanted(const Words& words, std::uint32_t pixel, double (&rgb)[3]) {
+  const double r = Byte(pixel, 16), g = Byte(pixel, 8), b = Byte(pixel, 0);
+  const double y = r * 0.299 + g * 0.587 + b * 0.114;
+  const double i = r * 0.595716 - g * 0.274453 - b * 0.321263;
+  const double q = r * 0.211456 - g * 0.522591 + b * 0.311135;
+  const double angle = words.hue * 3.14159265358979323846 / 180;
+  const double turnedI = i * std::cos(angle) - q * std::sin(angle), turnedQ = i * std::sin(angle) + q * std::cos(angle);
+  rgb[0] = y + 0.9563 * turnedI + 0.621 * turnedQ;
+  rgb[1] = y - 0.2721 * turnedI - 0.6474 * turnedQ;
+  rgb[2] = y - 1.107 * turnedI + 1.7046 * turnedQ;
+  const double luma = rgb[0] * 0.2126 + rgb[1] * 0.7152 + rgb[2] * 0.0722;
+  for (double& c : rgb) {
+    c = luma + words.saturation / 100.0 * (c - luma);
+    c = std::clamp(c * words.brightness / 100.0, 0.0, 1.0);
+    c = std::pow(c, words.gamma / 100.0);
+    c = std::clamp(c + words.videoRange / 100.0 * (c * 219 / 255 + 16.0 / 255 - c), 0.0, 1.0);
+  }
+}
+
+TEST_F(HeadlessPostProcess, FollowsTheFormulaToItsLastStep) {
+  const Words cases[] = {{50, 0, 100, 100, 0},     {220, 0, 100, 100, 0}, {100, 90, 100, 100, 0},
+                         {100, -170, 100, 100, 0}, {100, 0, 0, 100, 0},   {100, 0, 250, 100, 0},
+                         {100, 0, 100, 40, 0},     {100, 0, 100, 300, 0}, {100, 0, 100, 100, 60},
+                         {70, 30, 140, 110, 50}};
+  for (const Words& words : cases) {
+    for (std::uint32_t n = 0; n < 2000; ++n) {
+      const std::uint32_t pixel = n * 2654435761u;
+      const std::uint32_t got = Adjust(words, pixel);
+      double rgb[3];
+      Wanted(words, pixel, rgb);
+      EXPECT_EQ(got >> 24, pixel >> 24);
+      for (int c = 0; c < 3; ++c) {
+        // Single precision moves a value by far less than a step, and so across one rounding bound at most.
+        EXPECT_NEAR(static_cast<double>(got >> (16 - 8 * c) & 0xFF), rgb[c] * 255, 0.51)
+            << std::hex << pixel << " channel " << c << " gamma " << words.gamma << " hue " << words.hue;
+      }
+    }
+  }
+}
+
+TEST_F(HeadlessPostProcess, NeutralSettingsCopy) {
+  for (std::uint32_t n = 0; n < 1000; ++n) EXPECT_EQ(Adjust({}, n * 2654435761u), n * 2654435761u);
+}
+
+TEST_F(HeadlessPostProcess, FullVideoRangeMapsBlackTo16AndWhiteTo235) {
+  EXPECT_EQ(Adjust({100, 0, 100, 100, 100}, 0x80000000u), 0x80101010u);
+  EXPECT_EQ(Adjust({100, 0, 100, 100, 100}, 0xFFFFFFFFu), 0xFFEBEBEBu);
+}
+
+TEST_F(HeadlessPostProcess, BrightnessZeroIsBlack) { EXPECT_EQ(Adjust({100, 0, 100, 0, 0}, 0x40FF8001u), 0x40000000u); }
+
+TEST_F(HeadlessPostProcess, ThePictureIsAdjustedAndTheRenderedPixelsAreNot) {
+  void* hdc = tlr2HeadlessCreateWindow(3, 2);
+  Surface surface;
+  ASSERT_TRUE(SurfaceCreate(surface, 3, 2, hdc));
+  const std::uint32_t pitch = surface.rowPitch / 4;
+  for (std::uint32_t y = 0; y < 2; ++y)
+    for (std::uint32_t x = 0; x < 3; ++x) surface.colorBuffer[y * pitch + x] = 0xFF000000u + y * 0x100u + x;
+  Set({100, 0, 100, 100, 100});
+  SurfacePresent(surface, hdc);
+  std::vector<std::uint32_t> picture(6);
+  ASSERT_EQ(tlr2HeadlessCopyPicture(hdc, picture.data(), 6), 6u);
+  EXPECT_EQ(picture[0], 0xFF101010u);
+  for (const std::uint32_t pixel : picture) EXPECT_GE(pixel & 0xFF, 16u);
+  SurfacePresent(surface, hdc);  // back to the first buffer
+  EXPECT_EQ(surface.colorBuffer[0], 0xFF000000u);
+  EXPECT_EQ(surface.colorBuffer[pitch + 2], 0xFF000102u);
+  SurfaceDestroy(surface);
+  tlr2HeadlessDestroyWindow(hdc);
+}
+
+}  // namespace
+}  // namespace tlr2
