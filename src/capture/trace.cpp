@@ -30,7 +30,8 @@ struct Trace {
 
 // Never destroyed: a call after the driver's end may still ask whether a trace is open.
 Trace& TraceInstance() noexcept {
-  static auto* trace = new Trace;
+  // Out of memory here ends the process, as everywhere in the driver.
+  static auto* trace = new Trace;  // NOLINT(bugprone-unhandled-exception-at-new)
   return *trace;
 }
 char fileBuffer[kFileBufferBytes];
