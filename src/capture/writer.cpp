@@ -1,4 +1,5 @@
 // Writing a capture: the start of the file at the first frame of the range, a record a frame, the count at the end.
+#define _FILE_OFFSET_BITS 64  // reference pixels carry a capture past 2 GiB, also in a 32-bit process
 #include "capture/writer.h"
 
 #include <cstring>
@@ -35,7 +36,7 @@ bool WriteBytes(std::FILE* file, const void* data, std::uint64_t size) noexcept 
   return size == 0 || std::fwrite(data, 1, static_cast<std::size_t>(size), file) == size;
 }
 
-std::uint64_t Position(std::FILE* file) noexcept { return static_cast<std::uint64_t>(std::ftell(file)); }
+std::uint64_t Position(std::FILE* file) noexcept { return static_cast<std::uint64_t>(ftello(file)); }
 
 CaptureTexture TextureEntry(std::uint32_t slot, const TextureObject& object, std::uint32_t blobIndex) noexcept {
   CaptureTexture entry = {};
@@ -167,7 +168,7 @@ bool FinishCaptureRange(std::int32_t frame) noexcept {
     CloseCaptureFile(writer.file, writer.frameCount);
     std::uint64_t size = 0;
     if (std::FILE* finished = std::fopen(writer.name, "rb"); finished != nullptr) {
-      if (std::fseek(finished, 0, SEEK_END) == 0) size = Position(finished);
+      if (fseeko(finished, 0, SEEK_END) == 0) size = Position(finished);
       std::fclose(finished);
     }
     std::memcpy(writer.latest.path, writer.name, sizeof writer.name);

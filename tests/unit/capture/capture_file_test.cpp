@@ -189,6 +189,17 @@ TEST_F(CaptureFile, AFileThatCannotBeMadeIsTriedAgainWithTheNextFrame) {
   EXPECT_EQ(bytes.substr(kTablesAt), FrameBytes("2...", "", ""));
 }
 
+TEST_F(CaptureFile, AFilePastTwoGigabytesIsNotedWithItsSize) {
+  constexpr std::uintmax_t kSize = 2200000000u;
+  SetCaptureRange(0, 0, "test", false);
+  ASSERT_TRUE(Begin());
+  std::error_code refused;
+  std::filesystem::resize_file("TLR2_capture_frame0.tlr2-capture", kSize, refused);  // holes where the system has them
+  if (refused) GTEST_SKIP() << refused.message();
+  FinishCaptureRange(1);
+  EXPECT_EQ(LatestFinishedCapture().sizeBytes, kSize);
+}
+
 TEST_F(CaptureFile, ASecondFrameDoesNotBeginAnew) {
   SetCaptureRange(0, 1, "test", false);
   ASSERT_TRUE(Begin());
