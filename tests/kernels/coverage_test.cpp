@@ -210,6 +210,18 @@ TEST_P(Coverage, AVertexThatIsNoNumberOrInfiniteDrawsNothing) {
   }
 }
 
+TEST_P(Coverage, AnAreaThatOverflowsToNoNumberDrawsNothing) {
+  // All vertices are finite, and at the first centre all edge values are below zero.
+  for (const float far : {3e38f, 2.5e38f}) {
+    picture.AddWhereItIs(Corners(far, 0.0f, -2e19f, 0.0f, -1.1e38f, 1.1f));
+    for (const int mode : {0, 1}) {
+      picture.mode = mode;
+      picture.DrawAtOrigin(GetParam());
+      EXPECT_EQ(Painted(picture), 0);
+    }
+  }
+}
+
 TEST_P(Coverage, TrianglesReachAPixelInListOrder) {
   for (const int mode : {0, 1, 2}) {
     picture.mode = mode;

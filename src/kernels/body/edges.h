@@ -24,11 +24,12 @@ enum class Place { kNowhere, kPartly, kEverywhere };
 
 LANE_FN bool Finite(float v) { return __builtin_fabsf(v) <= 0x1.fffffep+127f; }
 
-/// A vertex at infinity, or none at all, yields no pixel, though some comparisons would pass. A finite area has only
-/// finite vertices.
+/// A vertex at infinity, or none at all, and an area that overflowed to none yield no pixel, though some comparisons
+/// would pass. A finite area has only finite vertices.
 LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
   if (__builtin_expect(Finite(area), 1)) return true;
-  return Finite(t.x[0]) && Finite(t.x[1]) && Finite(t.x[2]) && Finite(t.y[0]) && Finite(t.y[1]) && Finite(t.y[2]);
+  return area == area && Finite(t.x[0]) && Finite(t.x[1]) && Finite(t.x[2]) && Finite(t.y[0]) && Finite(t.y[1]) &&
+         Finite(t.y[2]);
 }
 
 /// Sets the edges up and tells how the triangle lies to the tile. Products, differences and fused products round
