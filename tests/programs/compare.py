@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Judges the two runs of a program: with Wine's own library in reference/, with the driver in driver/.
 
-compare.py areas|nearest|white DRIFT FOLDER
+compare.py areas|nearest|walls|white DRIFT FOLDER
 
 Always: both runs ended by themselves, and the driver's call summary shows swaps and exactly the entries of DRIFT. Then, by word:
 
 areas    the windows lie on the same pixels, and each flat colour covers the same area
 nearest  some picture of one run is a picture of the other, edges apart, and both change
+walls    some picture of both has the walls of an arena in one place, whatever else is by design not drawn
 white    the cube is drawn in white alone; the two differ by design (docs/real-programs.md)
 """
 import glob
@@ -69,10 +70,13 @@ def distance(a, b):
     return sum(abs(p - q) for p, q in zip(a, b))
 
 
-def load_run(folder):
-    """The pictures of a run, and the box of what any of them shows."""
+def load_run(folder, loads):
+    """The pictures of a run, and the box of what any shows. One that `loads` and ends by itself is black before and after."""
     pictures = [load(path) for path in sorted(glob.glob(folder + "/*.png"))]
     boxes = [bounds(rows) for rows in pictures]
+    if loads:
+        pictures = [rows for rows, box in zip(pictures, boxes) if box is not None]
+        boxes = [box for box in boxes if box is not None]
     if not pictures or any(box is None for box in boxes):
         raise Failure(f"{sum(box is None for box in boxes)} of {len(boxes)} pictures are black in {folder}")
     return pictures, join(boxes)
@@ -134,6 +138,23 @@ def judge_areas(reference, driver):
     return f"{len(flat)} colours, areas at most {worst:.1%} apart"
 
 
+def judge_walls(reference, driver):
+    """The arena's walls, the one thing that both draw alike: their purple in a picture of one is in one of the other."""
+    (theirs, their_box), (ours, our_box) = reference, driver
+    box = join([their_box, our_box])
+
+    def purple(rows):
+        data = crop(rows, box)
+        return {i for i in range(0, len(data), 6) if data[i + 2] > 150 and data[i + 2] > 2 * data[i + 1] and data[i] > data[i + 1]}
+
+    theirs, ours = [purple(rows) for rows in theirs], [purple(rows) for rows in ours]
+    best = max((len(a & b) / max(len(a | b), 1), i + 1, j + 1)
+               for i, a in enumerate(theirs) for j, b in enumerate(ours) if len(a) > 500)
+    if best[0] < 0.5:
+        raise Failure(f"the nearest walls, of pictures {best[1]} and {best[2]}, share only {best[0]:.0%} of their pixels")
+    return f"the walls of pictures {best[1]} and {best[2]} share {best[0]:.0%} of their pixels"
+
+
 def judge_white(_, driver):
     """The texture stays on for the cube, whose every point then has the last texture coordinate: the logo's white corner."""
     ours, our_box = driver
@@ -169,7 +190,7 @@ def check_summary(folder, drift):
 def main():
     judge, drift, folder = sys.argv[1:4]
     name = folder.rstrip("/").rsplit("/", 1)[-1]
-    judges = {"areas": judge_areas, "nearest": judge_nearest, "white": judge_white}
+    judges = {"areas": judge_areas, "nearest": judge_nearest, "walls": judge_walls, "white": judge_white}
     try:
         for library in ("reference", "driver"):
             with open(f"{folder}/{library}/exit_code", encoding="ascii") as file:
@@ -179,7 +200,7 @@ def main():
         swaps = check_summary(folder + "/driver", set(drift.split(",")))
         if glob.glob(folder + "/reference/TLR2_*"):
             raise Failure("the reference run loaded the driver")
-        verdict = judges[judge](load_run(folder + "/reference"), load_run(folder + "/driver"))
+        verdict = judges[judge](*(load_run(f"{folder}/{library}", judge == "walls") for library in ("reference", "driver")))
     except Failure as failure:
         print(f"{name}: FAILED: {failure}")
         return 1

@@ -23,26 +23,26 @@ if [ -z "${TLR2_RIG_SESSION:-}" ]; then
   exec "$run_wine" --session "$0" "$@"
 fi
 
-# Runs a case once: $1 its folder, $2 the program's file, then options for run_wine.sh, then -- and arguments.
+# Runs a case once: $1 its folder, $2 the program's file, $3 how it ends, then options for run_wine.sh, then -- and arguments.
 run_once() {
-  local folder=$1 program=$2 options=() running code=0 number
-  shift 2
+  local folder=$1 program=$2 ends=$3 options=() running code=0 number
+  shift 3
   while [ "$1" != -- ]; do options+=("$1"); shift; done
   shift
-  (cd "$folder" && exec "$run_wine" "${options[@]}" --timeout 120 "./$program" "$@" >output.txt 2>&1) &
+  (cd "$folder" && exec "$run_wine" "${options[@]}" --timeout 240 "./$program" "$@" >output.txt 2>&1) &
   running=$!
   sleep "$seconds"
   for number in $(seq -w "$pictures"); do
     import -window root -depth 8 "$folder/$number.png"
   done
   # Closed by its window, as a user would: the driver writes its call summary when it is unloaded.
-  "$run_wine" --builtin --timeout 30 "$rig/win32/drive_c/windows/system32/taskkill.exe" /im "$program" >/dev/null 2>&1 || true
+  [ "$ends" = itself ] || "$run_wine" --builtin --timeout 30 "$rig/win32/drive_c/windows/system32/taskkill.exe" /im "$program" >/dev/null 2>&1 || true
   wait "$running" || code=$?
   echo "$code" >"$folder/exit_code"
 }
 
 failed=0 count=0
-while read -r name program judge drift arguments; do
+while read -r name program ends judge drift arguments; do
   case $name in '#'* | '') continue ;; esac
   [ $# -eq 0 ] || [[ " $* " == *" $program "* ]] || continue
   [ -f "$work/bin/$program/$program.exe" ] || fail "no $program.exe: tools/dev/real_programs.sh --build $program"
@@ -50,14 +50,14 @@ while read -r name program judge drift arguments; do
     folder=$work/run/$name/$library
     rm -rf "$folder"
     mkdir -p "$folder"
-    cp "$work/bin/$program"/* "$folder/"
+    cp -r "$work/bin/$program"/* "$folder/"
     if [ "$library" = driver ]; then
       cp "$driver" "$folder/opengl32.dll"
       # shellcheck disable=SC2086
-      run_once "$folder" "$program.exe" -- $arguments </dev/null
+      run_once "$folder" "$program.exe" "$ends" -- $arguments </dev/null
     else
       # shellcheck disable=SC2086
-      run_once "$folder" "$program.exe" --builtin -- $arguments </dev/null
+      run_once "$folder" "$program.exe" "$ends" --builtin -- $arguments </dev/null
     fi
   done
   count=$((count + 1))

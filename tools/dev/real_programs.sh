@@ -23,10 +23,11 @@ while [ $# -gt 0 ]; do
   esac
 done
 
-# A recipe sets `package` and `archive`, and defines build_program: $1 sources, $2 a folder to build in, $3 where the program goes.
+# A recipe sets `packages`, and `needs` where it uses what another recipe builds, and defines build_program: $1 the folder with the
+# packages' sources, each under the package's name, $2 a folder to build in, $3 where the program and its data go.
 load_recipe() {
   unset -f build_program
-  package='' archive=''
+  packages=() needs=''
   [ -f "$here/real_programs/$1.sh" ] || fail "no recipe for $1 in tools/dev/real_programs"
   # shellcheck source=/dev/null
   . "$here/real_programs/$1.sh"
@@ -57,45 +58,57 @@ write_sources() {
   [ "$count" -gt 0 ] || fail "this machine names no Debian package source"
 }
 
-archive_of() { compgen -G "$work/archives/$archive" | head -n 1 || true; }
+archive_of() { compgen -G "$work/archives/$1_*.orig.tar.*" | head -n 1 || true; }
 
 fetch() {
-  local program updated=0 log=$work/fetch.log
+  local program package updated=0 log=$work/fetch.log
   mkdir -p "$work/archives"
   for program in "$@"; do
     load_recipe "$program"
-    [ -z "$(archive_of)" ] || continue
-    if [ "$updated" -eq 0 ]; then
-      command -v apt-get >/dev/null || fail "needs apt-get"
-      write_sources
-      private_apt update >"$log" 2>&1 || fail "no source lists (see $log)"
-      updated=1
-    fi
-    (cd "$work/archives" && private_apt source --tar-only --download-only "$package") >>"$log" 2>&1 ||
-      fail "could not fetch the source package $package (see $log)"
-    [ -n "$(archive_of)" ] || fail "the source package $package holds no $archive"
-    echo "real_programs: fetched $package"
+    for package in "${packages[@]}"; do
+      [ -z "$(archive_of "$package")" ] || continue
+      if [ "$updated" -eq 0 ]; then
+        command -v apt-get >/dev/null || fail "needs apt-get"
+        write_sources
+        private_apt update >"$log" 2>&1 || fail "no source lists (see $log)"
+        updated=1
+      fi
+      (cd "$work/archives" && private_apt source --tar-only --download-only "$package") >>"$log" 2>&1 ||
+        fail "could not fetch the source package $package (see $log)"
+      [ -n "$(archive_of "$package")" ] || fail "the source package $package holds no archive of its author's"
+      echo "real_programs: fetched $package"
+    done
+    [ -z "$needs" ] || fetch "$needs"
   done
 }
 
+unpack() {
+  local tarball source=$work/src/$1
+  [ ! -f "$source/.unpacked" ] || return 0
+  tarball=$(archive_of "$1")
+  [ -n "$tarball" ] || fail "$1 is not there: run with --fetch first"
+  rm -rf "$source"
+  mkdir -p "$source"
+  tar xf "$tarball" -C "$source" --strip-components 1 || fail "cannot unpack $tarball"
+  touch "$source/.unpacked"
+}
+
 build() {
-  local program tarball source log
+  local program package log
   command -v i686-w64-mingw32-gcc-posix >/dev/null || fail "no cross compiler: run tools/dev/packages.sh"
   for program in "$@"; do
     load_recipe "$program"
     [ ! -f "$work/bin/$program/$program.exe" ] || continue
-    tarball=$(archive_of)
-    [ -n "$tarball" ] || fail "$package is not there: run with --fetch first"
-    source=$work/src/$package log=$work/build-$program.log
-    if [ ! -f "$source/.unpacked" ]; then
-      rm -rf "$source"
-      mkdir -p "$source"
-      tar xf "$tarball" -C "$source" --strip-components 1 || fail "cannot unpack $tarball"
-      touch "$source/.unpacked"
+    if [ -n "$needs" ]; then
+      build "$needs"
+      load_recipe "$program"
     fi
+    log=$work/build-$program.log
+    for package in "${packages[@]}"; do unpack "$package"; done
+    rm -rf "$work/bin/$program.new"
     mkdir -p "$work/build/$program" "$work/bin/$program.new"
-    # A shell of its own, since errexit is off in the left side of ||.
-    (set -euo pipefail; shopt -s inherit_errexit; build_program "$source" "$work/build/$program" "$work/bin/$program.new") \
+    # In the background and waited for, since errexit is off on the left side of ||.
+    (set -euo pipefail; shopt -s inherit_errexit; build_program "$work/src" "$work/build/$program" "$work/bin/$program.new") \
       >"$log" 2>&1 &
     wait $! || fail "$program does not build (see $log)"
     [ -f "$work/bin/$program.new/$program.exe" ] || fail "the recipe of $program made no $program.exe"
