@@ -91,8 +91,14 @@ void CoverViewport(DriverState& state, std::int32_t width, std::int32_t height) 
 void RestoreTileGrid(DriverState& state) {
   // A snapshot read from a file may name counts that do not follow from its size, or more tiles than there are here.
   const GridCounts counts = CountTiles(state.fbWidth, state.fbHeight);
-  StoreCounts(state, counts);
   const std::int64_t tiles = counts.MicroTiles();
+  if (tiles > kTileLimit) {
+    // The state holds the snapshot's size already: it must not name tiles that do not exist.
+    state.fbWidth = state.fbHeight = 0;
+    StoreCounts(state, GridCounts{});
+    throw std::length_error("vector too long");
+  }
+  StoreCounts(state, counts);
   const auto listed = static_cast<std::int64_t>(std::min(state.tileLists.size(), state.hizTable.size()));
   if (state.fbWidth != 0 && state.fbHeight != 0) {
     if (listed < tiles) {

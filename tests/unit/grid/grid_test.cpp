@@ -197,6 +197,36 @@ TEST(Grid, RestoreOfALargerSizeMakesTheTablesFit) {
   EXPECT_EQ(state.macroOwner.size(), 20u * 15u);
 }
 
+TEST(Grid, RestoreOfDamagedCountsFollowsTheSize) {
+  DriverState state;
+  CoverViewport(state, 64, 64);
+  state.microCols = 0x7FFFFFFF;
+  state.microRows = -5;
+  state.macroCols = 1000;
+  state.macroRows = 1000;
+  RestoreTileGrid(state);
+  EXPECT_EQ(state.microCols, 8);
+  EXPECT_EQ(state.microRows, 8);
+  EXPECT_EQ(state.macroCols, 2);
+  EXPECT_EQ(state.macroRows, 2);
+  EXPECT_EQ(state.tileLists.size(), 64u);
+}
+
+TEST(Grid, RestoreOfAnAbsurdSizeFailsAndNamesNoTiles) {
+  DriverState state;
+  CoverViewport(state, 64, 64);
+  state.fbWidth = 8;
+  state.fbHeight = 0x7FFFFFFF;
+  EXPECT_THROW(RestoreTileGrid(state), std::length_error);
+  EXPECT_EQ(state.fbHeight, 0);
+  EXPECT_EQ(state.microRows, 0);
+  EXPECT_EQ(state.macroRows, 0);
+  RebuildWorkerTilePartition(state, 2);
+  for (const WorkerPartition& partition : state.partitions) EXPECT_TRUE(partition.empty());
+  CoverViewport(state, 32, 32);  // and the next viewport makes a grid
+  EXPECT_EQ(state.tileLists.size(), 16u);
+}
+
 TEST(Grid, RestoreWithoutASizeBuildsNothing) {
   DriverState state;
   state.microCols = 1000;
