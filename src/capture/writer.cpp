@@ -1,5 +1,5 @@
 // Writing a capture: the start of the file at the first frame of the range, a record a frame, the count at the end.
-#define _FILE_OFFSET_BITS 64  // reference pixels carry a capture past 2 GiB, also in a 32-bit process
+#define _FILE_OFFSET_BITS 64  // NOLINT(bugprone-reserved-identifier): captures pass 2 GiB, also in 32-bit processes
 #include "capture/writer.h"
 
 #include <cstring>
