@@ -4,10 +4,16 @@
 namespace tlr2 {
 namespace {
 
-/// One plane of one triangle: b[i] weighs vertex i. Dead lanes hold extrapolated values.
-struct Barycentrics {
-  Floats b[3];
+/// One plane of one triangle, or a part of it: b[i] weighs vertex i. Dead lanes hold extrapolated values.
+template <typename Lanes>
+struct BarycentricsOf {
+  Lanes b[3];
 };
+using Barycentrics = BarycentricsOf<Floats>;
+
+LANE_FN BarycentricsOf<FloatsPart> PartOf(const Barycentrics& w, int part) {
+  return {{PartOf(w.b[0], part), PartOf(w.b[1], part), PartOf(w.b[2], part)}};
+}
 
 /// Pixel centres of the step: columns of the left and right planes, rows of the upper and lower ones.
 struct Centres {

@@ -5,7 +5,8 @@ namespace tlr2 {
 namespace {
 
 /// b1*z1 + b0*z0 + b2*z2, accumulated in this order.
-LANE_FN Floats Weigh(const Barycentrics& w, float v0, float v1, float v2) {
+template <typename Lanes>
+LANE_FN Lanes Weigh(const BarycentricsOf<Lanes>& w, float v0, float v1, float v2) {
   return MulAdd(w.b[2], Splat(v2), MulAdd(w.b[0], Splat(v0), Mul(w.b[1], Splat(v1))));
 }
 

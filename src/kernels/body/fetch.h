@@ -7,38 +7,45 @@ namespace {
 constexpr float kByteScale = 0x1.010102p-8f;  // 1/255; always multiplied by, never divided by 255
 
 /// Four channels, a lane each. The scale is the holder's: 0 to 1 in the sampler, 0 to 255 elsewhere.
-struct Color {
-  Floats r, g, b, a;
+template <typename Lanes>
+struct ColorOf {
+  Lanes r, g, b, a;
 };
+using Color = ColorOf<Floats>;
 
 /// Bytes 0 to 255 of 0xAARRGGBB words.
-LANE_FN Color UnpackBytes(Ints words) {
-  const Ints byte = Splat(0xFF);
-  return {ToFloats(And(ShiftRight<16>(words), byte)), ToFloats(And(ShiftRight<8>(words), byte)),
-          ToFloats(And(words, byte)), ToFloats(ShiftRight<24>(words))};
+template <typename Words>
+LANE_FN auto UnpackBytes(Words words) {
+  const Words byte = Splat(0xFF);
+  return ColorOf<decltype(ToFloats(words))>{ToFloats(And(ShiftRight<16>(words), byte)),
+                                            ToFloats(And(ShiftRight<8>(words), byte)), ToFloats(And(words, byte)),
+                                            ToFloats(ShiftRight<24>(words))};
 }
 
 LANE_FN Ints PackColor(const Color& c) { return PackBytes(c.r, c.g, c.b, c.a); }
 
-LANE_FN Color Scale(Color c, float by) {
-  const Floats k = Splat(by);
+template <typename Lanes>
+LANE_FN ColorOf<Lanes> Scale(ColorOf<Lanes> c, float by) {
+  const Lanes k = Splat(by);
   return {Mul(c.r, k), Mul(c.g, k), Mul(c.b, k), Mul(c.a, k)};
 }
 
 /// The four texels of a bilinear footprint.
+template <typename Words>
 struct Footprint {
-  Ints t00, t10, t01, t11;  // first digit the column, second the row
+  Words t00, t10, t01, t11;  // first digit the column, second the row
 };
 
-LANE_FN Footprint FetchFootprint(const TextureCacheEntry& entry, const Level& level, Ints x0, Ints y0) {
+template <typename Lanes, typename Words>
+LANE_FN Footprint<Words> FetchFootprint(const TextureCacheEntry& entry, const Level<Lanes>& level, Words x0, Words y0) {
   const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
-  const Ints one = Splat(1);
+  const Words one = Splat(1);
   const void* texels = Texels(entry);
-  const Ints left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
-  const Ints upper = RowOffset(level, Wrap(clampT, y0, level.rows));
-  const Ints lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
-  const Ints upperLeft = TexelOffset(upper, left), lowerLeft = TexelOffset(lower, left);
-  Footprint f;
+  const Words left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
+  const Words upper = RowOffset(level, Wrap(clampT, y0, level.rows));
+  const Words lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
+  const Words upperLeft = TexelOffset(upper, left), lowerLeft = TexelOffset(lower, left);
+  Footprint<Words> f;
   if (All(Equal(right, Add(left, one)))) {
     // No lane wraps between its two columns: both lie in one 8-byte load.
     GatherPairs(texels, upperLeft, f.t00, f.t10);

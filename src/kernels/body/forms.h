@@ -31,8 +31,10 @@ LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t,
 LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
                           Tile& tile) {
   for (int p = 0; p < kPlanes; ++p) {
-    if (!Any(fragments.live[p])) continue;
-    const Color color = ShadePlane(surface, weights[p]);
+    const PartSet parts = LiveParts(fragments.live[p]);
+    if (parts == 0) continue;
+    Color color;
+    ShadeParts(surface, weights[p], parts, color);
     StorePlane(tile, *surface.triangle, fragments, p, color, PackColor(color));
   }
 }
@@ -51,7 +53,7 @@ LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, cons
 
 /// One colour in all lanes: nothing varies, so the planes share it whatever the mode, and it packs to its own bytes.
 LANE_FN void DrawConstant(const Surface& surface, const Fragments& fragments, Tile& tile) {
-  const Color color = ConstantColor(surface);
+  const Color color = ConstantColor<Floats>(surface);
   const Ints words = Splat(static_cast<std::int32_t>(surface.triangle->color[0]));
   for (int p = 0; p < kPlanes; ++p) StorePlane(tile, *surface.triangle, fragments, p, color, words);
 }

@@ -12,6 +12,10 @@ constexpr std::int32_t kStepRows = kLanes / 2;
 LANE_FN std::int32_t PlaneDx(int plane) { return plane & 1; }
 LANE_FN std::int32_t PlaneDy(int plane) { return plane >> 1; }
 
+/// The integer form of floats, for what works on a whole step and on a part of it alike.
+template <typename Lanes>
+using IntsOf = decltype(Bits(Lanes{}));
+
 LANE_FN Mask AllLanes() { return Equal(Splat(0), Splat(0)); }
 
 /// The pixels of one step: bounds, and the buffers' pixels in plane order while the list is worked off.

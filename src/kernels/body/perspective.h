@@ -47,12 +47,15 @@ LANE_FN void SetUpSurface(const KernelFrameArgs& args, const TriangleRecord& t, 
   }
 }
 
-LANE_FN Floats PerspectiveW(const Surface& surface, const Barycentrics& w) {
+template <typename Lanes>
+LANE_FN Lanes PerspectiveW(const Surface& surface, const BarycentricsOf<Lanes>& w) {
   const float* invW = surface.triangle->invW;
-  return Div(Splat(1.0f), Weigh(w, invW[0], invW[1], invW[2]));
+  const Lanes one = Splat(1.0f);
+  return Div(one, Weigh(w, invW[0], invW[1], invW[2]));
 }
 
-LANE_FN Floats Interpolate(const Attribute& a, const Barycentrics& w, Floats perspectiveW) {
+template <typename Lanes>
+LANE_FN Lanes Interpolate(const Attribute& a, const BarycentricsOf<Lanes>& w, Lanes perspectiveW) {
   return Mul(perspectiveW, Weigh(w, a.overW[0], a.overW[1], a.overW[2]));
 }
 

@@ -28,6 +28,20 @@ struct Mask {
   __mmask16 m;
 };
 
+// One register holds the step, so it has one part.
+constexpr int kParts = 1;
+using FloatsPart = Floats;
+using IntsPart = Ints;
+using MaskPart = Mask;
+template <typename Lanes>
+LANE_FN Lanes PartOf(const Lanes& x, int /*part*/) {
+  return x;
+}
+template <typename Lanes>
+LANE_FN void SetPart(Lanes& x, int /*part*/, Lanes value) {
+  x = value;
+}
+
 // Values.
 LANE_FN Floats Splat(float v) { return {_mm512_set1_ps(v)}; }
 LANE_FN Ints Splat(std::int32_t v) { return {_mm512_set1_epi32(v)}; }
