@@ -43,9 +43,10 @@ LANE_FN ColorOf<Lanes> ConstantColor(const Surface& surface) {
   return {Splat(surface.color[0]), Splat(surface.color[1]), Splat(surface.color[2]), Splat(surface.color[3])};
 }
 
-/// For a surface that is not of one colour everywhere.
+/// For a surface that is not of one colour everywhere. The only function that a kernel calls: inlined wherever a plane
+/// is shaded, it would not fit the instruction cache.
 template <typename Lanes>
-LANE_FN ColorOf<Lanes> Shade(const Surface& surface, const BarycentricsOf<Lanes>& w) {
+[[gnu::noinline]] void Shade(const Surface& surface, const BarycentricsOf<Lanes>& w, ColorOf<Lanes>& out) {
   const TriangleRecord& t = *surface.triangle;
   ColorOf<Lanes> fragment = ConstantColor<Lanes>(surface);
   const Lanes perspectiveW = PerspectiveW(surface, w);
@@ -53,10 +54,13 @@ LANE_FN ColorOf<Lanes> Shade(const Surface& surface, const BarycentricsOf<Lanes>
     fragment = {Interpolate(surface.channel[0], w, perspectiveW), Interpolate(surface.channel[1], w, perspectiveW),
                 Interpolate(surface.channel[2], w, perspectiveW), Interpolate(surface.channel[3], w, perspectiveW)};
   }
-  if (surface.texture == nullptr) return fragment;
+  if (surface.texture == nullptr) {
+    out = fragment;
+    return;
+  }
   const ColorOf<Lanes> texel = SampleTexture(*surface.texture, t.filterMode, Interpolate(surface.s, w, perspectiveW),
                                              Interpolate(surface.t, w, perspectiveW));
-  return Combine(t.texEnvMode, t.texEnvColor, fragment, texel);
+  out = Combine(t.texEnvMode, t.texEnvColor, fragment, texel);
 }
 
 /// Parts of a plane, a bit each.
@@ -73,11 +77,12 @@ LANE_FN PartSet LiveParts(const Mask& live) {
 /// The others keep what they hold. All parts together go side by side, which hides their latencies.
 LANE_FN void ShadeParts(const Surface& surface, const Barycentrics& w, PartSet parts, Color& color) {
   if (parts == kAllParts) {
-    color = Shade(surface, w);
+    Shade(surface, w, color);
     return;
   }
   const int part = __builtin_ctz(parts);
-  const ColorOf<FloatsPart> c = Shade(surface, PartOf(w, part));
+  ColorOf<FloatsPart> c;
+  Shade(surface, PartOf(w, part), c);
   SetPart(color.r, part, c.r);
   SetPart(color.g, part, c.g);
   SetPart(color.b, part, c.b);

@@ -63,11 +63,9 @@ LANE_FN ColorOf<Lanes> FilterLevels(const TextureCacheEntry& entry, IntsOf<Lanes
 }
 
 /// Blends two neighbouring levels by the footprint; on the scale 0 to 1. Levels past the chain's end hold zeros and are
-/// worked on all the same. The only function that a kernel calls.
+/// worked on all the same.
 template <typename Lanes>
-[[gnu::noinline]] void SampleTrilinear(const TextureCacheEntry& entry, const Lanes& sIn, const Lanes& tIn,
-                                       ColorOf<Lanes>& out) {
-  const Lanes s = sIn, t = tIn;
+LANE_FN ColorOf<Lanes> SampleTrilinear(const TextureCacheEntry& entry, Lanes s, Lanes t) {
   const Lanes rho = FootprintSize(entry, s, t);
   const IntsOf<Lanes> exponent = And(ShiftRight<23>(Bits(Floor(rho))), Splat(0xFF));
   const IntsOf<Lanes> raw = Add(Sub(Max(exponent, Splat(127)), Splat(127)), Splat(entry.baseLevel));
@@ -81,13 +79,12 @@ template <typename Lanes>
   // where scaling by a width overflows.
   const Lanes limit = Splat(0x1p60f);
   if (All(And(Equal(f, zero), And(Less(Abs(s), limit), Less(Abs(t), limit))))) {
-    out = near;
-    return;
+    return near;
   }
   const ColorOf<Lanes> far = FilterLevels(entry, level1, s, t);
   const Lanes g = Sub(Splat(1.0f), f);
-  out = {MulAdd(g, near.r, Mul(f, far.r)), MulAdd(g, near.g, Mul(f, far.g)), MulAdd(g, near.b, Mul(f, far.b)),
-         MulAdd(g, near.a, Mul(f, far.a))};
+  return {MulAdd(g, near.r, Mul(f, far.r)), MulAdd(g, near.g, Mul(f, far.g)), MulAdd(g, near.b, Mul(f, far.b)),
+          MulAdd(g, near.a, Mul(f, far.a))};
 }
 
 /// On the scale 0 to 255.
@@ -95,9 +92,7 @@ template <typename Lanes>
 LANE_FN ColorOf<Lanes> SampleTexture(const TextureCacheEntry& entry, std::uint32_t filter, Lanes s, Lanes t) {
   if (filter == 0) return Scale(SampleNearest(entry, s, t), 255.0f);
   if (filter == 2) return Scale(FilterLevel(entry, UniformLevel<Lanes>(entry, 0), s, t), 255.0f);
-  ColorOf<Lanes> c;
-  SampleTrilinear(entry, s, t, c);
-  return Scale(c, 255.0f);
+  return Scale(SampleTrilinear(entry, s, t), 255.0f);
 }
 
 }  // namespace
