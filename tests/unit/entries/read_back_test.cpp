@@ -164,6 +164,32 @@ TEST_F(ReadBack, WithTrianglesCutOffTheReadGivesWhatTheSurfaceHeld) {
   EXPECT_TRUE(state().triangles.empty());
 }
 
+TEST_F(ReadBack, ASuppressedThreadRendersWithoutDrainingTheStream) {
+  const std::size_t records = recordCount();
+  CurrentThreadGuard().suppress = true;
+  glClearColor(0, 1, 0, 1);
+  glClear(gl::kColorBufferBit);
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  CurrentThreadGuard().suppress = false;
+  EXPECT_EQ(pixel, 0xFF00FF00u);
+  EXPECT_EQ(state().pendingColorClear, 0);
+  EXPECT_EQ(recordCount(), records);
+}
+
+TEST_F(ReadBack, WithoutACommandStreamTheReadRewindsToTheFramesStart) {
+  wglSwapBuffers(window);
+  MarkSurface();
+  Settings().pipelineCutoff = 0;
+  glEnable(gl::kBlend);
+  glClear(gl::kColorBufferBit);
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_EQ(pixel, 0xAA030011u);
+  EXPECT_EQ(state().pendingColorClear, 0);
+  EXPECT_EQ(glIsEnabled(gl::kBlend), 0);
+}
+
 TEST_F(ReadBack, StateCallsOfASkippedDrainAreLostWithTheNextReplay) {
   wglSwapBuffers(window);
   glEnable(gl::kBlend);
