@@ -10,7 +10,7 @@ set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 work=${TLR2_PROGRAMS:-$root/build/programs}
-driver=${TLR2_DRIVER:-$root/build/win32/src/library/opengl32.dll}
+driver=${TLR2_DRIVER:-$root/build/win32/bin/opengl32.dll}
 rig=${TLR2_RIG:-${XDG_CACHE_HOME:-$HOME/.cache}/tlr2-rig}
 run_wine=$root/tools/dev/run_wine.sh
 seconds=4    # from the start to the first picture: the window is up and the animation under way
