@@ -33,6 +33,8 @@ run_once() {
   running=$!
   sleep "$seconds"
   for number in $(seq -w "$pictures"); do
+    # Over the whole of what ends by itself, since the two libraries go through it at different paces.
+    [ "$ends" = closed ] || sleep 0.7
     import -window root -depth 8 "$folder/$number.png"
   done
   # Closed by its window, as a user would: the driver writes its call summary when it is unloaded.
