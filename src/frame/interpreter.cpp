@@ -35,9 +35,9 @@ const std::uint8_t* BlobRange(const CommandStream& stream, std::uint64_t offset,
   return stream.blob.data() + offset;
 }
 
-/// No application generates this many names; a damaged capture would take the memory of a 32-bit process for them, which
-/// holds the table twice while it grows. Such a record gets the names that are free and as many new ones as fill the
-/// table up to here, like a call that asked for fewer.
+/// No application generates this many names; a damaged capture would take the memory of a 32-bit process for them,
+/// which holds the table twice while it grows. Such a record gets the names that are free and as many new ones as fill
+/// the table up to here, like a call that asked for fewer.
 constexpr std::size_t kGeneratedNameLimit = std::size_t{1} << 18;
 
 void GenerateTextures(DriverState& state, GLsizei n) {

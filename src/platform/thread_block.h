@@ -50,7 +50,12 @@ extern constinit thread_local ThreadGuard threadGuard __attribute__((tls_model("
 namespace detail {
 inline ThreadGuard* ThreadGuardAtHand() noexcept { return &threadGuard; }
 }  // namespace detail
+#if defined(__SANITIZE_ADDRESS__)
+/// Out of line: GCC 12's null check of a thread-local's address reads the wrong register where this is inlined.
+ThreadGuard& CurrentThreadGuard() noexcept;
+#else
 inline ThreadGuard& CurrentThreadGuard() noexcept { return detail::threadGuard; }
+#endif
 #endif
 
 }  // namespace tlr2

@@ -33,6 +33,13 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 void* operator new[](std::size_t size, std::align_val_t alignment) {
   return tlr2::test::CountedBlock(size, static_cast<std::size_t>(alignment));
 }
+// Also those that give null instead of throwing: a sanitizer's own would hand out blocks that are not of this kind.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return tlr2::test::CountedBlock(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return tlr2::test::CountedBlock(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+}
 void operator delete(void* place) noexcept { tlr2::test::FreeCountedBlock(place); }
 void operator delete[](void* place) noexcept { tlr2::test::FreeCountedBlock(place); }
 void operator delete(void* place, std::size_t) noexcept { tlr2::test::FreeCountedBlock(place); }
