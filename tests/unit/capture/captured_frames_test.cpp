@@ -1,4 +1,6 @@
 // Captures of frames that an application draws, from request to file.
+// File offsets are 64-bit and a 32-bit build indexes with less; the files here are small.
+#pragma GCC diagnostic ignored "-Wconversion"
 #include <tlr2/headless.h>
 
 #include <string>
