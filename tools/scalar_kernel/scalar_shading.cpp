@@ -93,7 +93,8 @@ float HalfDifference(float neighbour, float here, float size) {
 }
 
 template <bool Fused>
-Texel Trilinear(const TextureCacheEntry& entry, const float* s, const float* t, int lane, ScalarTrace& trace) {
+Texel Trilinear(const TextureCacheEntry& entry, const float* s, const float* t, int lane, ScalarTrace& trace,
+                int& chosenLevel) {
   const int group = lane & ~3;
   const int across = group + 3 - (lane & 3);
   const int below = group + ((lane & 3) ^ 2);
@@ -106,6 +107,7 @@ Texel Trilinear(const TextureCacheEntry& entry, const float* s, const float* t, 
   const std::int32_t exponent = static_cast<std::int32_t>(std::bit_cast<std::uint32_t>(std::floor(rho)) >> 23 & 255u);
   const std::int32_t raw = (exponent > 127 ? exponent : 127) - 127 + entry.baseLevel;
   const int fineLevel = raw < 0 ? 0 : raw > 15 ? 15 : raw;
+  chosenLevel = fineLevel;
   int coarseLevel = raw > -1 ? raw : -1;
   coarseLevel = (coarseLevel < 14 ? coarseLevel : 14) + 1;
   ++trace.sampledByLevel[static_cast<std::size_t>(fineLevel)];
@@ -121,12 +123,12 @@ Texel Trilinear(const TextureCacheEntry& entry, const float* s, const float* t, 
 
 template <bool Fused>
 void Sample(const TextureCacheEntry& entry, const float* s, const float* t, std::uint32_t filter, int lanes,
-            Texels& out, ScalarTrace& trace) {
+            Texels& out, ScalarTrace& trace, int* levels) {
   ++trace.sampledByFilter[filter == 0 ? 0 : filter == 2 ? 2 : 1];
   for (int i = 0; i < lanes; ++i) {
     const Texel texel = filter == 0   ? Nearest(entry, s[i], t[i])
                         : filter == 2 ? Bilinear<Fused>(entry, 0, s[i], t[i])
-                                      : Trilinear<Fused>(entry, s, t, i, trace);
+                                      : Trilinear<Fused>(entry, s, t, i, trace, levels[i]);
     out.r[i] = texel.r * 255.0f;
     out.g[i] = texel.g * 255.0f;
     out.b[i] = texel.b * 255.0f;
@@ -198,7 +200,7 @@ void InterpolateChannel(const TriangleRecord& tri, const Barycentrics& weights, 
 
 template <bool Fused>
 void ShadePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Barycentrics& weights, int lanes,
-                Colors& out, ScalarTrace& trace) {
+                Colors& out, ScalarTrace& trace, FragmentShading* detail) {
   float pw[kMaxLanes];
   for (int i = 0; i < lanes; ++i) pw[i] = 1.0f / SumOfThree<Fused>(weights, i, tri.invW);
 
@@ -219,6 +221,12 @@ void ShadePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Ba
     InterpolateChannel<Fused>(tri, weights, pw, 24, lanes, out.a);
   }
 
+  for (int i = 0; detail != nullptr && i < lanes; ++i) {
+    detail[i] = {};
+    const float ahead[4] = {out.r[i], out.g[i], out.b[i], out.a[i]};
+    std::memcpy(detail[i].interpolated, ahead, sizeof ahead);
+  }
+
   const TextureCacheEntry* entry = indexed ? &args.textureCache[tri.textureIndex] : nullptr;
   const bool present = entry != nullptr && entry->width > 0 && entry->height > 0 && entry->texels[0] != 0;
   if (!present) {
@@ -231,13 +239,22 @@ void ShadePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Ba
   Interpolate<Fused>(weights, pw, tri.s, tri.invW, lanes, s);
   Interpolate<Fused>(weights, pw, tri.t, tri.invW, lanes, t);
   Texels texels;
-  Sample<Fused>(*entry, s, t, tri.filterMode, lanes, texels, trace);
+  int levels[kMaxLanes] = {};
+  Sample<Fused>(*entry, s, t, tri.filterMode, lanes, texels, trace, levels);
+  for (int i = 0; detail != nullptr && i < lanes; ++i) {
+    detail[i].textured = true;
+    detail[i].s = s[i];
+    detail[i].t = t[i];
+    detail[i].level = levels[i];
+    const float texel[4] = {texels.r[i], texels.g[i], texels.b[i], texels.a[i]};
+    std::memcpy(detail[i].texel, texel, sizeof texel);
+  }
   Combine<Fused>(tri, texels, lanes, out);
 }
 
 template void ShadePlane<false>(const KernelFrameArgs&, const TriangleRecord&, const Barycentrics&, int, Colors&,
-                                ScalarTrace&);
+                                ScalarTrace&, FragmentShading*);
 template void ShadePlane<true>(const KernelFrameArgs&, const TriangleRecord&, const Barycentrics&, int, Colors&,
-                               ScalarTrace&);
+                               ScalarTrace&, FragmentShading*);
 
 }  // namespace tlr2::judge

@@ -42,6 +42,17 @@ struct Plane {
   std::int32_t y[kMaxLanes];
   Barycentrics weights;
   float z[kMaxLanes];
+  // For an observer alone.
+  std::uint8_t covered[kMaxLanes];
+  float stored[kMaxLanes];
+};
+
+/// What an observer is told beside the planes; null without one.
+struct Observation {
+  const ScalarObserver* observer;
+  std::uint32_t triangle;
+  FragmentShading detail[4][kMaxLanes];
+  ColorSource source[4];
 };
 
 bool AnyLive(const Plane& plane, int lanes) {
@@ -149,6 +160,7 @@ void CoverPlane(Plane& plane, const Setup& setup, const Tile& tile, int lanes, S
     }
     const bool bounded = plane.x[i] < tile.x1 && plane.y[i] < tile.y1;
     plane.mask[i] = setup.drawable && inside && bounded ? 1 : 0;
+    plane.covered[i] = plane.mask[i];
     if (setup.drawable && bounded && inside != insideUnbiased) ++trace.centresWithinBias;
     plane.weights.b0[i] = value[1] * setup.inverseArea;
     plane.weights.b1[i] = value[2] * setup.inverseArea;
@@ -185,6 +197,7 @@ void TestDepth(const KernelFrameArgs& args, const TriangleRecord& tri, Plane& pl
     if (!plane.mask[i]) continue;
     const std::size_t at =
         static_cast<std::size_t>(plane.y[i]) * (args.depthStrideBytes / 4) + static_cast<std::size_t>(plane.x[i]);
+    plane.stored[i] = args.depthPixels[at];
     if (!DepthPasses(tri.depthFunc, plane.z[i], args.depthPixels[at])) plane.mask[i] = 0;
   }
 }
@@ -212,13 +225,76 @@ std::uint32_t StoredByte(float value) {
   return static_cast<std::uint32_t>(whole < 0 ? 0 : whole > 255 ? 255 : whole);
 }
 
+/// Tells of lane `i` of plane `index`; `colors` is null where none were computed.
+void Tell(const Observation& seen, const TriangleRecord& tri, const Plane& plane, int index, int i, FragmentFate fate,
+          const Colors* colors, std::uint32_t before, std::uint32_t after) {
+  if (seen.observer->fragment == nullptr) return;
+  ScalarFragment fragment;
+  fragment.triangle = seen.triangle;
+  fragment.x = plane.x[i];
+  fragment.y = plane.y[i];
+  fragment.plane = index;
+  fragment.fate = fate;
+  fragment.weights[0] = plane.weights.b0[i];
+  fragment.weights[1] = plane.weights.b1[i];
+  fragment.weights[2] = plane.weights.b2[i];
+  fragment.depthTested = tri.depthTest != 0 && fate != FragmentFate::kHidden;
+  if (fragment.depthTested) {
+    fragment.z = plane.z[i];
+    fragment.storedDepth = plane.stored[i];
+  }
+  if (colors != nullptr) {
+    fragment.source = seen.source[index];
+    if (fragment.source == ColorSource::kShaded) fragment.shading = seen.detail[index][i];
+    const float color[4] = {colors->r[i], colors->g[i], colors->b[i], colors->a[i]};
+    std::memcpy(fragment.color, color, sizeof color);
+  }
+  fragment.before = before;
+  fragment.after = after;
+  seen.observer->fragment(seen.observer->context, fragment);
+}
+
+void TellOfTriangle(const Observation* seen, int planesShaded, bool hidden) {
+  if (seen != nullptr && seen->observer->triangle != nullptr)
+    seen->observer->triangle(seen->observer->context, seen->triangle, planesShaded, hidden);
+}
+
+std::uint32_t ColorAt(const KernelFrameArgs& args, std::int32_t x, std::int32_t y) {
+  std::uint32_t word;
+  std::memcpy(&word,
+              reinterpret_cast<const char*>(args.colorPixels) + static_cast<std::size_t>(y) * args.colorStrideBytes +
+                  static_cast<std::size_t>(x) * 4,
+              4);
+  return word;
+}
+
+/// Tells of all covered lanes of a plane of which no lane is stored.
+void TellOfPlane(const KernelFrameArgs& args, const Observation* seen, const TriangleRecord& tri, const Plane& plane,
+                 int index, int lanes, FragmentFate fate) {
+  for (int i = 0; seen != nullptr && i < lanes; ++i) {
+    if (!plane.covered[i]) continue;
+    const std::uint32_t color = ColorAt(args, plane.x[i], plane.y[i]);
+    Tell(*seen, tri, plane, index, i, fate, nullptr, color, color);
+  }
+}
+
 template <bool Fused>
 void StorePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Plane& plane, const Colors& colors,
-                int lanes, ScalarTrace& trace) {
+                int lanes, ScalarTrace& trace, const Observation* seen, int index) {
   for (int i = 0; i < lanes; ++i) {
-    if (!plane.mask[i]) continue;
+    if (!plane.mask[i]) {
+      if (seen != nullptr && plane.covered[i]) {
+        const std::uint32_t color = ColorAt(args, plane.x[i], plane.y[i]);
+        Tell(*seen, tri, plane, index, i, FragmentFate::kDepthFailed, &colors, color, color);
+      }
+      continue;
+    }
     if (tri.alphaTest != 0 && !(colors.a[i] > kAlphaThreshold)) {
       ++trace.alphaRejected;
+      if (seen != nullptr) {
+        const std::uint32_t color = ColorAt(args, plane.x[i], plane.y[i]);
+        Tell(*seen, tri, plane, index, i, FragmentFate::kAlphaRejected, &colors, color, color);
+      }
       continue;
     }
     char* at = reinterpret_cast<char*>(args.colorPixels) +
@@ -231,6 +307,10 @@ void StorePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Pl
     };
     const std::uint32_t pixel =
         channel(colors.a[i], 24) | channel(colors.r[i], 16) | channel(colors.g[i], 8) | channel(colors.b[i], 0);
+    if (seen != nullptr) {
+      const std::uint32_t before = ColorAt(args, plane.x[i], plane.y[i]);
+      Tell(*seen, tri, plane, index, i, FragmentFate::kStored, &colors, before, pixel);
+    }
     std::memcpy(at, &pixel, 4);
     ++trace.pixelsStored;
     ++trace.liveByDepthFunc[tri.depthTest == 0 ? 0 : tri.depthFunc < 8 ? tri.depthFunc : 8];
@@ -281,24 +361,38 @@ void ForEachChannel(Colors& out, int lanes, Combine combine) {
 
 template <bool Fused>
 int ShadePlanes(const KernelFrameArgs& args, const TriangleRecord& tri, const Plane planes[4], Colors slots[4],
-                int lanes, ScalarTrace& trace) {
+                int lanes, ScalarTrace& trace, Observation* seen) {
   using Channel = float(Colors::*)[kMaxLanes];
-  ShadePlane<Fused>(args, tri, planes[0].weights, lanes, slots[0], trace);
-  for (int p = 1; p < 4; ++p) slots[p] = slots[0];
+  const auto shade = [&](int p) {
+    ShadePlane<Fused>(args, tri, planes[p].weights, lanes, slots[p], trace,
+                      seen != nullptr ? seen->detail[p] : nullptr);
+    if (seen != nullptr) seen->source[p] = ColorSource::kShaded;
+  };
+  const auto share = [&](int p, ColorSource source) {
+    if (seen != nullptr) seen->source[p] = source;
+  };
+  shade(0);
+  for (int p = 1; p < 4; ++p) {
+    slots[p] = slots[0];
+    share(p, ColorSource::kCopyOf0);
+  }
   if (args.kernelMode != 1) return 1;
   if (kStopAfterPlane0 > SpreadOf<Fused>(slots[0], lanes)) return 1;
 
-  ShadePlane<Fused>(args, tri, planes[3].weights, lanes, slots[3], trace);
+  shade(3);
   ForEachChannel(slots[1], lanes, [&](Channel c, int i) { return ((slots[0].*c)[i] + (slots[3].*c)[i]) * 0.5f; });
   slots[2] = slots[1];
+  share(1, ColorSource::kMeanOf0And3);
+  share(2, ColorSource::kMeanOf0And3);
   if (kStopAfterPlane3 > SpreadOf<Fused>(slots[3], lanes)) return 2;
 
-  ShadePlane<Fused>(args, tri, planes[2].weights, lanes, slots[2], trace);
+  shade(2);
   ForEachChannel(slots[1], lanes,
                  [&](Channel c, int i) { return ((slots[0].*c)[i] + (slots[3].*c)[i] + (slots[2].*c)[i]) * kThird; });
+  share(1, ColorSource::kMeanOf0And3And2);
   if (kStopAfterPlane2 > SpreadOf<Fused>(slots[2], lanes)) return 3;
 
-  ShadePlane<Fused>(args, tri, planes[1].weights, lanes, slots[1], trace);
+  shade(1);
   return 4;
 }
 
@@ -312,20 +406,48 @@ struct Call {
   float bound;
   int lanes;
   ScalarTrace& trace;
+  Observation* seen;  // null without an observer
 };
+
+Observation* SeenOf(const Call& call, std::uint32_t triangle) {
+  if (call.seen != nullptr) {
+    call.seen->triangle = triangle;
+    for (ColorSource& source : call.seen->source) source = ColorSource::kNone;
+  }
+  return call.seen;
+}
+
+/// A triangle behind the bound is not looked at; an observer wants to know where it would have been.
+template <bool Fused>
+void TellOfHidden(const Call& call, const TriangleRecord& tri, int firstPlane, int lastPlane, int half) {
+  if (call.seen == nullptr) return;
+  const Setup setup = SetUp<Fused>(tri);
+  if (setup.area == 0.0f) return;
+  ScalarTrace unused;
+  for (int p = firstPlane; p <= lastPlane; ++p) {
+    Plane plane;
+    PlacePlane(plane, p, call.tile, half, call.lanes);
+    CoverPlane<Fused>(plane, setup, call.tile, call.lanes, unused);
+    TellOfPlane(call.args, call.seen, tri, plane, p, call.lanes, FragmentFate::kHidden);
+  }
+}
 
 template <bool Fused>
 void RunTriangleMajor(const Call& call, int half) {
   for (std::int32_t e = 0; e < call.count; ++e) {
     const TriangleRecord& tri = call.args.triangles[call.entries[e]];
     ++call.trace.triangles;
+    Observation* seen = SeenOf(call, call.entries[e]);
     if (HiddenByBound(tri, call.bound)) {
       ++call.trace.scanSkipped;
+      TellOfHidden<Fused>(call, tri, 0, 3, half);
+      TellOfTriangle(seen, 0, true);
       continue;
     }
     const Setup setup = SetUp<Fused>(tri);
     if (setup.area == 0.0f) {
       ++call.trace.zeroArea;
+      TellOfTriangle(seen, 0, false);
       continue;
     }
     Plane planes[4];
@@ -338,12 +460,16 @@ void RunTriangleMajor(const Call& call, int half) {
     }
     if (!live) {
       ++call.trace.noLiveLane;
+      for (int p = 0; p < 4; ++p)
+        TellOfPlane(call.args, seen, tri, planes[p], p, call.lanes, FragmentFate::kDepthFailed);
+      TellOfTriangle(seen, 0, false);
       continue;
     }
     Colors slots[4];
-    const int shaded = ShadePlanes<Fused>(call.args, tri, planes, slots, call.lanes, call.trace);
+    const int shaded = ShadePlanes<Fused>(call.args, tri, planes, slots, call.lanes, call.trace, seen);
     ++call.trace.planesShaded[static_cast<std::size_t>(shaded)];
-    for (int p = 0; p < 4; ++p) StorePlane<Fused>(call.args, tri, planes[p], slots[p], call.lanes, call.trace);
+    TellOfTriangle(seen, shaded, false);
+    for (int p = 0; p < 4; ++p) StorePlane<Fused>(call.args, tri, planes[p], slots[p], call.lanes, call.trace, seen, p);
   }
 }
 
@@ -352,13 +478,17 @@ void RunPlaneMajor(const Call& call, int index, int half) {
   for (std::int32_t e = 0; e < call.count; ++e) {
     const TriangleRecord& tri = call.args.triangles[call.entries[e]];
     ++call.trace.triangles;
+    Observation* seen = SeenOf(call, call.entries[e]);
     if (HiddenByBound(tri, call.bound)) {
       ++call.trace.scanSkipped;
+      TellOfHidden<Fused>(call, tri, index, index, half);
+      TellOfTriangle(seen, 0, true);
       continue;
     }
     const Setup setup = SetUp<Fused>(tri);
     if (setup.area == 0.0f) {
       ++call.trace.zeroArea;
+      TellOfTriangle(seen, 0, false);
       continue;
     }
     Plane plane;
@@ -367,11 +497,16 @@ void RunPlaneMajor(const Call& call, int index, int half) {
     TestDepth<Fused>(call.args, tri, plane, call.lanes);
     if (!AnyLive(plane, call.lanes)) {
       ++call.trace.noLiveLane;
+      TellOfPlane(call.args, seen, tri, plane, index, call.lanes, FragmentFate::kDepthFailed);
+      TellOfTriangle(seen, 0, false);
       continue;
     }
     Colors colors;
-    ShadePlane<Fused>(call.args, tri, plane.weights, call.lanes, colors, call.trace);
-    StorePlane<Fused>(call.args, tri, plane, colors, call.lanes, call.trace);
+    ShadePlane<Fused>(call.args, tri, plane.weights, call.lanes, colors, call.trace,
+                      seen != nullptr ? seen->detail[index] : nullptr);
+    if (seen != nullptr) seen->source[index] = ColorSource::kShaded;
+    TellOfTriangle(seen, 1, false);
+    StorePlane<Fused>(call.args, tri, plane, colors, call.lanes, call.trace, seen, index);
   }
 }
 
@@ -391,14 +526,16 @@ void Run(const Call& call) {
 
 void ScalarTileKernel(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1, std::int32_t y1,
                       const std::uint32_t* entries, std::int32_t entryCount, float* hizCell, int lanes, bool fused,
-                      ScalarTrace* trace) {
+                      ScalarTrace* trace, const ScalarObserver* observer) {
   if (entryCount <= 0) return;
   ScalarTrace unused;
   ScalarTrace& counts = trace ? *trace : unused;
   const Tile tile{x0, y0, x1, y1};
   const float bound = ScanList(*args, tile, entries, entryCount, *hizCell, counts);
   *hizCell = bound;
-  const Call call{*args, tile, entries, entryCount, bound, lanes, counts};
+  Observation seen;
+  seen.observer = observer;
+  const Call call{*args, tile, entries, entryCount, bound, lanes, counts, observer != nullptr ? &seen : nullptr};
   if (fused) {
     Run<true>(call);
   } else {

@@ -61,9 +61,9 @@ inline std::int32_t TruncateLane(float value) {
   return static_cast<std::int32_t>(value);
 }
 
-/// Interpolates, samples and combines for all `lanes`, dead or live.
+/// Interpolates, samples and combines for all `lanes`, dead or live. `detail`, where wanted, has `lanes` elements.
 template <bool Fused>
 void ShadePlane(const KernelFrameArgs& args, const TriangleRecord& tri, const Barycentrics& weights, int lanes,
-                Colors& out, ScalarTrace& trace);
+                Colors& out, ScalarTrace& trace, FragmentShading* detail = nullptr);
 
 }  // namespace tlr2::judge
