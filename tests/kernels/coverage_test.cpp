@@ -397,6 +397,22 @@ TEST_P(FarBound, ATriangleExactlyAtTheBoundIsNotSkipped) {
   EXPECT_EQ(picture.cell, 0.5f);
 }
 
+TEST_P(FarBound, WhatDrawsBehindItDoesNotRaiseIt) {
+  // Kept on purpose: depth that grew again does not bring back what the bound skips.
+  for (const std::uint32_t func : {0u, 5u}) {
+    picture.cell = 0.25f;
+    picture.FillDepth(0.25f);
+    TriangleRecord farther = Cover(0.75f, kRed);
+    farther.depthFunc = func;
+    picture.Add(farther);
+    picture.Add(Cover(0.5f, kBlue));
+    picture.Draw(GetParam());
+    EXPECT_EQ(picture.cell, 0.25f);
+    EXPECT_EQ(picture.Depth(3, 3), 0.75f);
+    EXPECT_EQ(picture.Pixel(3, 3), kRed) << "nearer than the stored depth, but behind the bound";
+  }
+}
+
 TEST_P(FarBound, ATriangleThatNeverPassesIsIgnored) {
   TriangleRecord tri = Cover(0.25f, kRed);
   tri.depthFunc = 7;

@@ -28,6 +28,17 @@ class Sharing : public WithKernel {
     picture.Add(tri);
     picture.Draw(GetParam());
   }
+
+  /// Live pixels in one quarter of the tile alone, which is one half of any step over the lanes.
+  void DrawQuarter(TriangleRecord tri, std::int32_t left, std::int32_t top) {
+    tri.depthTest = 1;
+    tri.depthFunc = 1;
+    picture.FillDepth(-1.0f);
+    for (std::int32_t y = 0; y < 4; ++y) {
+      for (std::int32_t x = 0; x < 4; ++x) picture.Depth(left + x, top + y) = 1.0f;
+    }
+    Draw(tri, 1);
+  }
 };
 TLR2_FOR_ALL_KERNELS(Sharing);
 
@@ -219,6 +230,57 @@ TEST_P(Sharing, OnEightLanesTheHalvesDecideOnTheirOwn) {
   EXPECT_EQ(picture.Red(1, 0), split ? 100u : 200u);
   EXPECT_EQ(picture.Red(6, 3), split ? 100u : 200u);
   for (std::uint32_t x = 0; x < 8; ++x) EXPECT_EQ(picture.Pixel(static_cast<int>(x), 5), pattern(x, 5));
+}
+
+// -- Half a step's lanes --------------------------------------------------------------------------------------------
+
+constexpr std::int32_t kQuarters[4][2] = {{0, 0}, {4, 0}, {0, 4}, {4, 4}};
+
+// A half that alone spreads beyond twice a threshold's root settles the comparison; these lie 1 to 2 per cent below,
+// where the whole step decides, and it shares.
+TEST_P(Sharing, ASpreadJustBelowAThresholdIsSharedInAQuarterToo) {
+  struct Case {
+    int plane;                // after which it stops
+    std::uint32_t low, high;  // its luminances: 0.2528, 19 and 36 of 255 apart; the roots are 0.1275, 9.69 and 18.36
+    std::uint32_t expectedLow, expectedHigh;  // of the plane that is shaded last, in red
+  };
+  for (const Case& c : {Case{0, 0x64647Bu, 0x6D6464u, 100, 109}, Case{3, 100 * kGrey, 119 * kGrey, 80, 159},
+                        Case{2, 100 * kGrey, 136 * kGrey, 70, 182}}) {
+    static Case current;
+    current = c;
+    const TriangleRecord tri = Textured([](std::uint32_t x, std::uint32_t y) {
+      const int plane = static_cast<int>((x & 1) + 2 * (y & 1));
+      if (plane == current.plane) return Step(x, current.low, current.high);
+      if (plane == 0) return Step(x, 60, 200) * kGrey;
+      return (plane == 3 ? Step(x, 50, 210) : 250) * kGrey;
+    });
+    for (const auto& [left, top] : kQuarters) {
+      DrawQuarter(tri, left, top);
+      EXPECT_EQ(picture.Red(left + 1, top), c.expectedLow) << c.plane << " at " << left << ", " << top;
+      EXPECT_EQ(picture.Red(left + 3, top + 2), c.expectedHigh) << c.plane << " at " << left << ", " << top;
+    }
+  }
+}
+
+TEST_P(Sharing, AnEvenHalfLeavesTheDecisionToTheOther) {
+  static bool columns;  // which way the step is halved
+  static std::int32_t live[2];
+  columns = GetParam().lanes == 8;
+  for (const auto& [left, top] : kQuarters) {
+    live[0] = left;
+    live[1] = top;
+    const auto pattern = [](std::uint32_t x, std::uint32_t y) {
+      const bool own =
+          columns ? x / 4 == static_cast<std::uint32_t>(live[0]) / 4 : y / 4 == static_cast<std::uint32_t>(live[1]) / 4;
+      return (own ? 40 + 50 * (x & 1) + 100 * (y & 1) : Step(x, 0, 255)) * kGrey;
+    };
+    DrawQuarter(Textured(pattern), left, top);
+    for (std::int32_t y = top; y < top + 4; ++y) {
+      for (std::int32_t x = left; x < left + 4; ++x) {
+        EXPECT_EQ(picture.Pixel(x, y), pattern(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y)));
+      }
+    }
+  }
 }
 
 // -- How often the scalar form shades -------------------------------------------------------------------------------
