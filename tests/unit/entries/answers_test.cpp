@@ -34,6 +34,9 @@ TEST_F(Answers, IntegersTellTheFormatAndATextureLimitThatIsNotEnforced) {
     return words[0];
   };
   EXPECT_EQ(value(0x0D33), 1024);
+  glTexImage2D(gl::kTexture2D, 0, 4, 1025, 2000, 0, gl::kLuminance, gl::kUnsignedByte, nullptr);
+  EXPECT_EQ(state().textureTable[0].width, 1025);
+  EXPECT_EQ(state().textureTable[0].height, 2000);
   for (GLenum bits = 0x0D52; bits <= 0x0D55; ++bits) EXPECT_EQ(value(bits), 8);
   EXPECT_EQ(value(0x0D56), 24);
   EXPECT_EQ(value(0x0D57), 0);  // stencil

@@ -19,6 +19,15 @@ class ReadBack : public EntriesWithContext {
     glLoadIdentity();
   }
   Surface& surface() { return static_cast<ContextRecord*>(context)->surface; }
+  /// Over the whole surface.
+  static void DrawRed() {
+    glColor4ub(255, 0, 0, 255);
+    glBegin(gl::kTriangles);
+    glVertex2f(-3, -3);
+    glVertex2f(5, -3);
+    glVertex2f(-3, 5);
+    glEnd();
+  }
   /// Fills the surface so that each pixel says where it is: 0xAA, row, column, 0x11 from high byte to low.
   void MarkSurface() {
     for (std::int32_t row = 0; row < surface().height; ++row) {
@@ -137,12 +146,7 @@ TEST_F(ReadBack, AClearIsDrainedAndReadAndTheNextReadLeavesThePicture) {
 TEST_F(ReadBack, ATriangleIsRenderedByTheRead) {
   glClearColor(0, 0, 0, 1);
   glClear(gl::kColorBufferBit | gl::kDepthBufferBit);
-  glColor4ub(255, 0, 0, 255);
-  glBegin(gl::kTriangles);
-  glVertex2f(-3, -3);
-  glVertex2f(5, -3);
-  glVertex2f(-3, 5);
-  glEnd();
+  DrawRed();
   std::uint32_t pixels[8 * 4] = {};
   glReadPixels(0, 0, 8, 4, gl::kBgra, gl::kUnsignedByte, pixels);
   for (const std::uint32_t pixel : pixels) EXPECT_EQ(pixel, 0xFFFF0000u);
@@ -152,16 +156,14 @@ TEST_F(ReadBack, ATriangleIsRenderedByTheRead) {
 TEST_F(ReadBack, WithTrianglesCutOffTheReadGivesWhatTheSurfaceHeld) {
   MarkSurface();
   Settings().pipelineCutoff = 2;
-  glColor4ub(255, 0, 0, 255);
-  glBegin(gl::kTriangles);
-  glVertex2f(-3, -3);
-  glVertex2f(5, -3);
-  glVertex2f(-3, 5);
-  glEnd();
+  state().triangles.push_back({});
+  state().triangles.clear();
+  DrawRed();
   std::uint32_t pixel = 0;
   glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
   EXPECT_EQ(pixel, 0xAA030011u);
   EXPECT_TRUE(state().triangles.empty());
+  EXPECT_EQ(state().triangles.data()->color[0], 0xFFFF0000u);  // made, and then emptied
 }
 
 TEST_F(ReadBack, ASuppressedThreadRendersWithoutDrainingTheStream) {
@@ -198,6 +200,43 @@ TEST_F(ReadBack, StateCallsOfASkippedDrainAreLostWithTheNextReplay) {
   EXPECT_EQ(glIsEnabled(gl::kBlend), 1);
   wglSwapBuffers(window);
   EXPECT_EQ(glIsEnabled(gl::kBlend), 0);
+}
+
+TEST_F(ReadBack, StateCallsOfARenderedDrainStay) {
+  wglSwapBuffers(window);
+  glEnable(gl::kBlend);
+  DrawRed();
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_EQ(glIsEnabled(gl::kBlend), 1);
+  wglSwapBuffers(window);
+  EXPECT_EQ(glIsEnabled(gl::kBlend), 1);
+}
+
+TEST_F(ReadBack, APendingDepthClearAloneRendersNothing) {
+  wglSwapBuffers(window);
+  glEnable(gl::kBlend);
+  glClear(gl::kDepthBufferBit);
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_TRUE(stream().bytes.empty());
+  EXPECT_EQ(state().pendingDepthClear, 1);
+  wglSwapBuffers(window);
+  EXPECT_EQ(glIsEnabled(gl::kBlend), 0);
+}
+
+TEST_F(ReadBack, ASwapRightAfterAReadFillsWithTheClearColour) {
+  glClearColor(0, 0, 1, 1);
+  glClear(gl::kColorBufferBit);
+  DrawRed();
+  glClearColor(0, 1, 0, 1);
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_EQ(pixel, 0xFFFF0000u);
+  wglSwapBuffers(window);
+  std::vector<std::uint32_t> shown(8 * 4);
+  ASSERT_EQ(tlr2HeadlessCopyPicture(window, shown.data(), 8 * 4), 32u);
+  EXPECT_EQ(shown, std::vector<std::uint32_t>(8 * 4, 0xFF00FF00u));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@ namespace tlr2 {
 namespace {
 
 using Textures = Entries;
+using TexturesWithContext = EntriesWithContext;
 
 TEST_F(Textures, AnUploadRecordsItsArgumentsAndCopiesItsPixels) {
   glBindTexture(gl::kTexture2D, 3);
@@ -160,6 +161,26 @@ TEST_F(Textures, AnEntrySavesTheRecordThatItChangesForTheKeyframeOnce) {
   EXPECT_EQ(LiveKeyframeInstance().pendingIds[0], 2u);
   EXPECT_EQ(LiveKeyframeInstance().pendingRecords[0].hasImage, 0);
   EXPECT_EQ(LiveKeyframeInstance().pendingRecords[0].wrapS, static_cast<std::uint32_t>(gl::kRepeat));
+}
+
+TEST_F(TexturesWithContext, ATextureMadeInAFrameIsMadeAgainByItsReplay) {
+  wglSwapBuffers(window);
+  GLuint name = 0;
+  glGenTextures(1, &name);
+  glBindTexture(gl::kTexture2D, name);
+  const std::uint8_t texel[4] = {1, 2, 3, 4};
+  glTexImage2D(gl::kTexture2D, 0, 4, 1, 1, 0, gl::kRgba, gl::kUnsignedByte, texel);
+  glTexParameteri(gl::kTexture2D, gl::kTextureWrapS, gl::kClamp);
+  // What the calls left is a mirror: the swap drops the texture with it.
+  state().textureTable[name].pixels[0] = 0x55555555u;
+  state().textureTable[name].wrapT = 77;
+  wglSwapBuffers(window);
+  ASSERT_EQ(state().textureTable.size(), std::size_t{name} + 1);
+  const TextureObject& object = state().textureTable[name];
+  EXPECT_EQ(object.pixels[0], 0x04010203u);
+  EXPECT_EQ(object.wrapS, gl::kClamp);
+  EXPECT_EQ(object.wrapT, gl::kRepeat);
+  EXPECT_EQ(state().boundTexture, name);
 }
 
 }  // namespace

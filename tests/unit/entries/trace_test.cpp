@@ -109,6 +109,16 @@ TEST_F(TraceLines, OneVectorEntryPrintsItsValuesOrSaysNull) {
   EXPECT_EQ(lines[1], "TLR2::GL::Vertex3fv (v=NULL)");
 }
 
+TEST_F(TraceLines, ANullResultIsTracedLikeAnyOther) {
+  char text[64];
+  Open();
+  glGetIntegerv(0x0D33, nullptr);
+  const std::vector<std::string> lines = Close();
+  ASSERT_EQ(lines.size(), 1u);
+  std::snprintf(text, sizeof text, "(pname=0x0D33, params=%p)", static_cast<void*>(nullptr));
+  EXPECT_EQ(lines[0], std::string("TLR2::GL::GetIntegerv ") + text);
+}
+
 TEST_F(TraceLines, AProcedureNameIsQuotedAndNullIsEmpty) {
   Open();
   wglGetProcAddress("glFoo");

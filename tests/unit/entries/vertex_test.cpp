@@ -134,6 +134,41 @@ TEST_F(Vertices, EndCountsItsStageWhenTimingIsOn) {
   EXPECT_EQ(stages.counts[0].load(), before + 1);
 }
 
+TEST_F(Vertices, CallsForWhichStreamAndVerticesMustGrowLoseNothing) {
+  stream().bytes.reset();
+  state().vertices.reset();
+  constexpr int kRounds = 300;
+  const std::uint64_t calls = CallsOf(Entry::glVertex3f);
+  for (int i = 0; i < kRounds; ++i) {
+    const auto f = static_cast<float>(i);
+    glTexCoord2f(f, -f);
+    glColor4ub(static_cast<GLubyte>(i), 2, 3, 4);
+    glVertex3f(f, f + 1, f + 2);
+    glColor4f(1, 0, 0, f / kRounds);
+    glVertex2f(f, f + 3);
+  }
+  EXPECT_EQ(CallsOf(Entry::glVertex3f), calls + kRounds);
+  const std::vector<RecordAt> all = records();
+  ASSERT_EQ(all.size(), 5u * kRounds);
+  ASSERT_EQ(state().vertices.size(), 2u * kRounds);
+  for (std::size_t i = 0; i < kRounds; ++i) {
+    const auto f = static_cast<float>(i);
+    const Cmd ids[5] = {Cmd::TexCoord2f, Cmd::Color, Cmd::Vertex3f, Cmd::Color, Cmd::Vertex2f};
+    for (std::size_t k = 0; k < 5; ++k) ASSERT_EQ(all[5 * i + k].id, static_cast<std::uint32_t>(ids[k])) << i;
+    ASSERT_EQ(ReadRecord<CmdTexCoord2f>(all[5 * i].bytes, 12).t, -f);
+    ASSERT_EQ(ReadRecord<CmdVertex3f>(all[5 * i + 2].bytes, 16).z, f + 2);
+    ASSERT_EQ(ReadRecord<CmdVertex2f>(all[5 * i + 4].bytes, 12).y, f + 3);
+    const PacketVertex solid = state().vertices[2 * i], flat = state().vertices[2 * i + 1];
+    ASSERT_EQ(solid.color, 0x04000203u | static_cast<std::uint32_t>(i & 0xFF) << 16);
+    ASSERT_EQ(solid.z, f + 2);
+    ASSERT_EQ(solid.s, f);
+    ASSERT_EQ(flat.color, ReadRecord<CmdColor>(all[5 * i + 3].bytes, 8).color);
+    ASSERT_EQ(flat.y, f + 3);
+    ASSERT_EQ(flat.z, 0.0f);
+  }
+  stream().bytes.reserve(kStreamReserve);
+}
+
 TEST_F(Vertices, AWarmFrameAllocatesNothing) {
   for (int frame = 0; frame < 2; ++frame) {
     stream().bytes.clear();

@@ -143,5 +143,24 @@ TEST_F(WindowSystemWithContext, AnEmptyFrameLeavesTheStateAsItWas) {
   EXPECT_TRUE(stream().bytes.empty());
 }
 
+TEST_F(WindowSystem, CallsBeforeTheFirstContextStayInTheStreamAndRelativeOnesActTwice) {
+  glPushMatrix();
+  glEnable(gl::kBlend);
+  void* window = tlr2HeadlessCreateWindow(64, 48);
+  void* context = wglCreateContext(window);
+  ASSERT_NE(context, nullptr);
+  wglMakeCurrent(window, context);
+  EXPECT_EQ(recordCount(), 2u);
+  EXPECT_EQ(LiveKeyframeInstance().valid, 0);  // so the first replay begins from what the calls left
+  wglSwapBuffers(window);
+  EXPECT_EQ(state().stackDepth[0], 2);
+  EXPECT_EQ(glIsEnabled(gl::kBlend), 1);
+  glPushMatrix();
+  wglSwapBuffers(window);
+  EXPECT_EQ(state().stackDepth[0], 3);
+  wglDeleteContext(context);
+  tlr2HeadlessDestroyWindow(window);
+}
+
 }  // namespace
 }  // namespace tlr2
