@@ -283,6 +283,43 @@ TEST_P(Sharing, AnEvenHalfLeavesTheDecisionToTheOther) {
   }
 }
 
+// Pixels of each half's live planes, in all combinations, beside the picture of all pixels.
+TEST_P(Sharing, APixelsColourDoesNotDependOnWhichOthersLive) {
+  const Pattern patterns[] = {
+      [](std::uint32_t x, std::uint32_t y) { return ((x * 97 + y * 61) * 37 & 255) * kGrey; },        // all four planes
+      [](std::uint32_t x, std::uint32_t y) { return ((x | y) & 1 ? x * 30 : 77) * kGrey; },           // the first alone
+      [](std::uint32_t x, std::uint32_t y) { return ((x & y & 1) != 0 ? 90 : x * 25 + y) * kGrey; },  // two
+      [](std::uint32_t x, std::uint32_t y) { return ((y & 1) != 0 && (x & 1) == 0 ? 60 : x * 31) * kGrey; }};  // three
+  const bool columns = GetParam().lanes == 8;
+  for (const Pattern pattern : patterns) {
+    TriangleRecord tri = Textured(pattern);
+    Draw(tri, 1);
+    std::uint32_t all[8][8];
+    for (int y = 0; y < 8; ++y) {
+      for (int x = 0; x < 8; ++x) all[y][x] = picture.Pixel(x, y);
+    }
+    tri.depthTest = 1;
+    tri.depthFunc = 1;
+    for (unsigned planes = 0; planes < 256; ++planes) {
+      const auto lives = [&](int x, int y) {
+        const int half = (columns ? x : y) / 4;
+        return (planes >> (half * 4 + (x & 1) + 2 * (y & 1)) & 1u) != 0;
+      };
+      picture.Fill(TilePicture::kBackground);
+      for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x) picture.Depth(x, y) = lives(x, y) ? 1.0f : -1.0f;
+      }
+      Draw(tri, 1);
+      for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 8; ++x) {
+          const std::uint32_t expected = lives(x, y) ? all[y][x] : TilePicture::kBackground;
+          ASSERT_EQ(picture.Pixel(x, y), expected) << x << ", " << y << " of planes " << planes;
+        }
+      }
+    }
+  }
+}
+
 // -- How often the scalar form shades -------------------------------------------------------------------------------
 
 TEST(ScalarSharing, StopsAreCountedAsTheRulesSay) {
