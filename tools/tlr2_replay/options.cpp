@@ -1,0 +1,59 @@
+// Parsing of options, with messages and exit codes the same for every command.
+#include "tlr2_replay/options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+
+#include "tlr2_replay/console.h"
+
+namespace tlr2::tool {
+
+CommandLine::CommandLine(const char* command)
+    : app(FindCommand(command)->summary, std::string("tlr2_replay ") + command) {
+  app.add_option("--max-memory", maxMemoryMiB, "End with exit code 4 beyond this much memory, in MiB; 0 for no limit")
+      ->capture_default_str();
+  app.add_option("--max-seconds", maxSeconds, "End with exit code 4 after this time; 0 for no limit")
+      ->capture_default_str();
+}
+
+std::optional<int> CommandLine::Parse(const Words& words) {
+  try {
+    app.parse(Words(words.rbegin(), words.rend()));  // taken from the back
+  } catch (const CLI::CallForHelp&) {
+    std::fputs(app.help().c_str(), stdout);
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    FailUsage(error.what());
+  }
+  BeginLimits(maxMemoryMiB, maxSeconds);
+  return std::nullopt;
+}
+
+void FailUsage(const std::string& message) { throw CommandFailure{kUsage, message}; }
+
+std::optional<std::uint32_t> ParseNumber(const std::string& text) noexcept {
+  std::uint32_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [at, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || at != end) return std::nullopt;
+  return value;
+}
+
+std::vector<FrameSpan> ParseFrameSpans(const std::string& text) {
+  std::vector<FrameSpan> spans;
+  std::size_t at = 0;
+  while (at <= text.size()) {
+    const std::size_t end = std::min(text.find(',', at), text.size());
+    const std::string item = text.substr(at, end - at);
+    const std::size_t minus = item.find('-');
+    const auto first = ParseNumber(item.substr(0, minus));
+    const auto last = minus == std::string::npos ? first : ParseNumber(item.substr(minus + 1));
+    if (!first || !last || *last < *first) FailUsage("'" + text + "' is no list of frames such as 0-9,20");
+    spans.push_back({*first, *last});
+    at = end + 1;
+  }
+  return spans;
+}
+
+}  // namespace tlr2::tool
