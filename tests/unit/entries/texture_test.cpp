@@ -183,5 +183,31 @@ TEST_F(TexturesWithContext, ATextureMadeInAFrameIsMadeAgainByItsReplay) {
   EXPECT_EQ(state().boundTexture, name);
 }
 
+TEST_F(TexturesWithContext, TheLastUploadOfAFrameShowsOnAllOfItsTriangles) {
+  glViewport(0, 0, 64, 48);
+  glMatrixMode(gl::kProjection);
+  glLoadIdentity();
+  glMatrixMode(gl::kModelview);
+  glLoadIdentity();
+  const auto upload = [](std::uint8_t r, std::uint8_t g, std::uint8_t b) {
+    const std::uint8_t texel[4] = {r, g, b, 255};
+    glTexImage2D(gl::kTexture2D, 0, 4, 1, 1, 0, gl::kRgba, gl::kUnsignedByte, texel);
+  };
+  glEnable(gl::kTexture2D);
+  glBindTexture(gl::kTexture2D, 1);
+  glTexParameteri(gl::kTexture2D, gl::kTextureMagFilter, gl::kNearest);
+  upload(255, 0, 0);
+  glBegin(gl::kTriangles);
+  glVertex2f(-3, -3);
+  glVertex2f(5, -3);
+  glVertex2f(-3, 5);
+  glEnd();
+  upload(0, 255, 0);
+  wglSwapBuffers(window);
+  std::vector<std::uint32_t> shown(64 * 48);
+  ASSERT_EQ(tlr2HeadlessCopyPicture(window, shown.data(), 64 * 48), 64u * 48u);
+  EXPECT_EQ(shown, std::vector<std::uint32_t>(64 * 48, 0xFF00FF00u));
+}
+
 }  // namespace
 }  // namespace tlr2
