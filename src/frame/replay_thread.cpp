@@ -2,6 +2,7 @@
 // never run at the same time, so the driver state needs no lock.
 #include "frame/replay.h"
 #include "platform/clock.h"
+#include "platform/float_rules.h"
 #include "platform/sync.h"
 #include "platform/thread.h"
 
@@ -50,6 +51,7 @@ bool ReplayInline(CommandStream& stream, const Keyframe* keyframe, bool allowPar
 
 /// Not allowed to throw: a vector's failure inside the replay ends the process here, as it does on any other thread.
 void ReplayThreadMain(void*) noexcept {
+  const FloatRules rules;
   EventWait(slot.request, kNoTimeout);
   Lock(slot.lock);
   while (!slot.stop) {

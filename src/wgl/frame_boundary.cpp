@@ -14,6 +14,7 @@
 #include "api/table/commands.h"
 #include "capture/frame_tick.h"
 #include "frame/replay.h"
+#include "platform/float_rules.h"
 #include "platform/thread_block.h"
 #include "settings/settings.h"
 #include "tiles/grid/grid.h"
@@ -132,6 +133,7 @@ bool BuildForReadBack() {
 }  // namespace
 
 void SwapFrame(void* hdc) {
+  const FloatRules rules;  // without threads of its own the driver draws on this one
   FrameJob job = {};
   if (ContextRecord* context = CurrentContext(); context != nullptr) BuildAndShow(*context, job, hdc);
   EmptyStream(CommandStreamInstance());
@@ -141,6 +143,7 @@ void SwapFrame(void* hdc) {
 }
 
 bool DrainForReadBack() {
+  const FloatRules rules;
   if (!BuildForReadBack()) return false;
   DriverState& state = DriverStateInstance();
   // A pending depth clear alone does not count. Then no keyframe is taken either, and the drained state calls are lost

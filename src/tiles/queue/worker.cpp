@@ -2,6 +2,7 @@
 #include <bit>
 
 #include "platform/clock.h"
+#include "platform/float_rules.h"
 #include "platform/sync.h"
 #include "settings/profiler.h"
 #include "tiles/queue/ring.h"
@@ -114,6 +115,7 @@ void Work(RenderJobQueue& queue) {
 }  // namespace
 
 void ExecuteTiles(void* record) {
+  const tlr2::FloatRules rules;
   const auto* worker = static_cast<const WorkerRecord*>(record);
   RenderJobQueue* const queue = worker->queue;
   // Fewer are left to the scheduler, on every layout of groups.

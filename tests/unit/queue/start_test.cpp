@@ -1,5 +1,6 @@
 // Starting and stopping: capacity, caps, processor binding, refused threads, and the idle spin time.
 #include "platform/clock.h"
+#include "platform/float_rules.h"
 #include "private_queue.h"
 #include "scoped_environment.h"
 #include "tiles/queue/idle_spin.h"
@@ -127,6 +128,22 @@ TEST(QueueStart, WorkerWithoutMaskHasNoPreference) {
 }
 
 std::atomic<int> startsLeft{0};
+
+TEST(QueueStart, WorkersRoundByTheRulesWhateverTheThreadThatStartsThemDoes) {
+  const unsigned own = __builtin_ia32_stmxcsr();
+  __builtin_ia32_ldmxcsr(own | 0xE040);  // denormals flushed in and out, rounding toward zero
+  const OwnedQueue queue = MakeQueue(2);
+  __builtin_ia32_ldmxcsr(own);
+  unsigned seen[16] = {};
+  Enqueue(
+      *queue, kTaskJob, Tasks(16),
+      [](const JobRange*, std::int32_t index, void* context) {
+        static_cast<unsigned*>(context)[index] = __builtin_ia32_stmxcsr() & ~0x3Fu;  // without the sticky flags
+      },
+      seen);
+  WaitIdle(*queue);
+  for (const unsigned word : seen) EXPECT_EQ(word, tlr2::FloatRules::kControlWord);
+}
 
 TEST(QueueStart, RefusedThreadFailsTheStartAndSendsTheOthersHome) {
   for (const int granted : {0, 1, 3}) {

@@ -16,6 +16,7 @@
 #include "api/state/keyframe.h"
 #include "api/table/commands.h"
 #include "capture/writer.h"
+#include "frame/replay.h"
 #include "platform/thread_block.h"
 #include "present/headless/window.h"
 #include "scratch_folder.h"
@@ -126,6 +127,26 @@ TEST_F(FrameBoundary, TheStreamKeepsItsRoomAndItsBaseSequence) {
   EXPECT_EQ(Stream().bytes.data(), place);
   EXPECT_EQ(Stream().baseSequence, 77u);
   Stream().baseSequence = 0;
+}
+
+TEST_F(FrameBoundary, TheProgramsOwnFloatRulesNeitherReachThePictureNorChange) {
+  StopReplayThread();  // the next swap starts it, from a thread set up otherwise
+  Put(CmdClearDepth{.depth = 1});
+  Put(CmdDepthRange{.zNear = 0, .zFar = 1e-39f});
+  Put(CmdEnable{.cap = gl::kDepthTest});
+  Put(CmdClear{.mask = 0x4100});
+  PutTriangleThenClear();
+  const unsigned own = __builtin_ia32_stmxcsr();
+  const unsigned program = (own | 0x8040) & ~0x3Fu;  // denormals flushed in and out
+  __builtin_ia32_ldmxcsr(program);
+  SwapFrame(window);
+  const unsigned after = __builtin_ia32_stmxcsr() & ~0x3Fu;
+  __builtin_ia32_ldmxcsr(own);
+  EXPECT_EQ(after, program);
+  float halfway = 0;
+  std::memcpy(&halfway, &context->surface.depthBuffer[(kHeight - 1) * kWidth], sizeof halfway);
+  EXPECT_GT(halfway, 4e-40f);
+  EXPECT_LT(halfway, 6e-40f);
 }
 
 TEST_F(FrameBoundary, WithTheStreamCutOffThePictureInTheBufferIsStillShown) {
