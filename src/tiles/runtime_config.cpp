@@ -127,6 +127,10 @@ std::int32_t ForcedThreads(const char* value) noexcept {
   return static_cast<std::int32_t>(std::clamp(parsed, 0L, kMost));
 }
 
+std::int32_t DefaultThreads(std::uint32_t logicalProcessors) noexcept {
+  return std::max(static_cast<std::int32_t>(logicalProcessors) - 1, 1);
+}
+
 void ParseCutoffEnvironment() noexcept {
   char value[32];
   ReadEnvironment("TLR2_PIPELINE_CUTOFF", value, sizeof value);
@@ -184,7 +188,7 @@ void StartWorkerPool() noexcept {
     std::snprintf(threadsStatusLine, sizeof threadsStatusLine, "[TLR2 threads = %d (forced via TLR2_THREADS env var)]",
                   forced);
   } else {
-    cap = std::max(static_cast<std::int32_t>(ActiveProcessorCount()) - 1, 1);
+    cap = DefaultThreads(ActiveProcessorCount());
     std::snprintf(threadsStatusLine, sizeof threadsStatusLine, "[TLR2 threads = default cap %d (LPs minus producer)]",
                   cap);
   }

@@ -32,5 +32,7 @@ std::int32_t IsaOfSpelling(char* value, bool (*supported)(std::int32_t selected)
                            std::size_t lineSize) noexcept;
 /// The cap that a value of TLR2_THREADS forces; 0 for none.
 std::int32_t ForcedThreads(const char* value) noexcept;
+/// The cap without one: the thread that renders keeps a logical processor for itself, where there is another.
+std::int32_t DefaultThreads(std::uint32_t logicalProcessors) noexcept;
 
 }  // namespace tlr2

@@ -156,6 +156,19 @@ TEST_F(SurfaceOfWindow, EnsureSizeNeverShrinksEitherAxis) {
   EXPECT_EQ(surface.height, 30);
 }
 
+TEST_F(SurfaceOfWindow, GrowingDropsThePictureInBothBuffers) {
+  ASSERT_TRUE(SurfaceEnsureSize(surface, 20, 10, hdc));
+  Paint(7);
+  SurfacePresent(surface, hdc);
+  Paint(50000);
+  ASSERT_TRUE(SurfaceEnsureSize(surface, 21, 10, hdc));
+  EXPECT_EQ(surface.width, 21);
+  for (int turn = 0; turn < 2; ++turn) {
+    for (std::size_t i = 0; i < 10 * surface.rowPitch / 4; ++i) ASSERT_EQ(surface.colorBuffer[i], 0u) << turn;
+    SurfacePresent(surface, hdc);
+  }
+}
+
 TEST_F(SurfaceOfWindow, EnsureSizeNeedsAWindowOnlyToGrow) {
   ASSERT_TRUE(SurfaceEnsureSize(surface, 20, 10, hdc));
   EXPECT_TRUE(SurfaceEnsureSize(surface, 10, 10, nullptr));

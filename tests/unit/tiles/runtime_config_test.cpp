@@ -259,8 +259,16 @@ TEST(ThreadsEnvironment, TheCapIsNoDemand) {
   SetVariable("TLR2_THREADS", nullptr);
 }
 
+TEST(ThreadsEnvironment, TheDefaultLeavesAProcessorToTheRendererButNeedsOneWorker) {
+  EXPECT_EQ(DefaultThreads(0), 1);
+  EXPECT_EQ(DefaultThreads(1), 1);
+  EXPECT_EQ(DefaultThreads(2), 1);
+  EXPECT_EQ(DefaultThreads(3), 2);
+  EXPECT_EQ(DefaultThreads(256), 255);
+}
+
 TEST(ThreadsEnvironment, BadValuesGiveTheDefault) {
-  const std::uint32_t cap = ActiveProcessorCount() > 1 ? ActiveProcessorCount() - 1 : 1;
+  const std::int32_t cap = DefaultThreads(ActiveProcessorCount());
   for (const char* value : {"0", "-3", "abc", ""}) {
     RJQ::StopPool();
     SetVariable("TLR2_THREADS", value);
