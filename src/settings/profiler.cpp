@@ -34,6 +34,25 @@ void Add(std::atomic<std::uint64_t>& counter, std::uint64_t amount) noexcept {
   counter.store(counter.load(std::memory_order_relaxed) + amount, std::memory_order_relaxed);
 }
 
+void AddFigures(ProfileNode& node, std::uint64_t total, std::uint64_t calls, std::uint64_t least,
+                std::uint64_t greatest) noexcept {
+  Add(node.totalTicks, total);
+  Add(node.calls, calls);
+  if (least < node.minTicks.load(std::memory_order_relaxed)) node.minTicks.store(least, std::memory_order_relaxed);
+  if (greatest > node.maxTicks.load(std::memory_order_relaxed))
+    node.maxTicks.store(greatest, std::memory_order_relaxed);
+}
+
+/// Makes the node of `name` under the calling thread's cursor the cursor.
+ProfileNode* EnterNode(const char* name) {
+  ThreadGuard& guard = CurrentThreadGuard();
+  if (guard.profileRoot == nullptr) [[unlikely]]
+    RegisterProfileRoot(guard);
+  ProfileNode* node = ChildOf(*guard.profileCursor, name);
+  guard.profileCursor = node;
+  return node;
+}
+
 void ResetTree(ProfileNode& node) noexcept {
   node.totalTicks.store(0, std::memory_order_relaxed);
   node.calls.store(0, std::memory_order_relaxed);
@@ -70,24 +89,28 @@ std::vector<ProfileNode*> CopyProfileRoots() {
   return roots;
 }
 
-ScopeTimer::ScopeTimer(const char* name) noexcept {
-  ThreadGuard& guard = CurrentThreadGuard();
-  if (guard.profileRoot == nullptr) [[unlikely]]
-    RegisterProfileRoot(guard);
-  node_ = ChildOf(*guard.profileCursor, name);
-  guard.profileCursor = node_;
-  start_ = TicksNow();  // last, so that the search is not measured
-}
+ScopeTimer::ScopeTimer(const char* name) noexcept
+    : node_(EnterNode(name)), start_(TicksNow()) {}  // in this order, so that the search is not measured
 
 ScopeTimer::~ScopeTimer() {
   const auto elapsed = static_cast<std::uint64_t>(TicksNow() - start_);
-  Add(node_->totalTicks, elapsed);
-  Add(node_->calls, 1);
-  if (elapsed < node_->minTicks.load(std::memory_order_relaxed))
-    node_->minTicks.store(elapsed, std::memory_order_relaxed);
-  if (elapsed > node_->maxTicks.load(std::memory_order_relaxed))
-    node_->maxTicks.store(elapsed, std::memory_order_relaxed);
+  AddFigures(*node_, elapsed, 1, elapsed, elapsed);
   CurrentThreadGuard().profileCursor = node_->parent;
+}
+
+std::int64_t ProfileMark() noexcept { return TicksNow(); }
+
+ScopeSeries::ScopeSeries(const char* name, std::int64_t& mark) noexcept
+    : node_(EnterNode(name)), mark_(mark), start_(mark) {}
+
+ScopeSeries::~ScopeSeries() {
+  AddFigures(*node_, total_, calls_, least_, greatest_);
+  CurrentThreadGuard().profileCursor = node_->parent;
+}
+
+void ScopeSeries::End() noexcept {
+  mark_ = TicksNow();
+  EndAtMark();
 }
 
 void ProfileReset() {

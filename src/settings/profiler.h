@@ -25,11 +25,49 @@ class ScopeTimer {
   ProfileNode* node_;
   std::int64_t start_;
 };
+
+/// Scopes of one name that follow each other without a gap, each counted as a ScopeTimer of its own: one begins where
+/// the one before ended, so a boundary costs one reading of the clock, and a scope in which nothing happened none.
+/// `mark` is the latest boundary, which series inside one another share; it starts at ProfileMark(). The figures reach
+/// the tree when the series ends.
+class ScopeSeries {
+ public:
+  ScopeSeries(const char* name, std::int64_t& mark) noexcept;
+  ~ScopeSeries();
+  ScopeSeries(const ScopeSeries&) = delete;
+  ScopeSeries& operator=(const ScopeSeries&) = delete;
+
+  /// Ends a scope now.
+  void End() noexcept;
+  /// Ends a scope at the latest boundary: one that did nothing, or one whose last inner scope has just ended.
+  void EndAtMark() noexcept {
+    const auto elapsed = static_cast<std::uint64_t>(mark_ - start_);
+    start_ = mark_;
+    ++calls_;
+    total_ += elapsed;
+    if (elapsed < least_) least_ = elapsed;
+    if (elapsed > greatest_) greatest_ = elapsed;
+  }
+
+ private:
+  ProfileNode* node_;
+  std::int64_t& mark_;
+  std::int64_t start_;
+  std::uint64_t total_ = 0, calls_ = 0, least_ = ~std::uint64_t{0}, greatest_ = 0;
+};
+std::int64_t ProfileMark() noexcept;
 #else
 class ScopeTimer {
  public:
   explicit ScopeTimer(const char*) noexcept {}
 };
+class ScopeSeries {
+ public:
+  ScopeSeries(const char*, std::int64_t&) noexcept {}
+  void End() noexcept {}
+  void EndAtMark() noexcept {}
+};
+inline std::int64_t ProfileMark() noexcept { return 0; }
 #endif
 
 /// Writes the merged tree and the per-thread breakdown. A null file does nothing.

@@ -42,24 +42,47 @@ void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerP
   }
 }
 
-void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile) {
-  const ScopeTimer macroScope("tlr2::RenderMacroTile");
+void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile, std::int64_t& mark) {
+  ScopeSeries microScopes("tlr2::RasterizeTile", mark);
   const MacroTile macro = MicroRange(frame, tile);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
   for (std::int32_t microY = macro.microY0; microY < macro.microY1; ++microY) {
     for (std::int32_t microX = macro.microX0; microX < macro.microX1; ++microX) {
-      const ScopeTimer microScope("tlr2::RasterizeTile");
       const std::size_t index = static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
                                 static_cast<std::size_t>(microX);
       const TileEntryList& list = state.tileLists[index];
       const std::int32_t x0 = microX * 8, y0 = microY * 8;
-      if (list.empty() || x0 >= width || y0 >= height) continue;
+      if (list.empty() || x0 >= width || y0 >= height) {
+        microScopes.EndAtMark();
+        continue;
+      }
       frame.kernel(&frame.kernelArgs, x0, y0, std::min(x0 + 8, width), std::min(y0 + 8, height), list.data(),
                    static_cast<std::int32_t>(list.size()), &state.hizTable[index]);
+      microScopes.End();
     }
   }
+}
+
+/// Rasterises the tiles of the partition, in its order; returns how many.
+std::uint64_t RenderMacroTiles(DriverState& state, const FrameTaskContext& frame, const WorkerPartition& partition) {
+  std::int64_t mark = ProfileMark();
+  ScopeSeries macroScopes("tlr2::RenderMacroTile", mark);
+  std::uint64_t macroTiles = 0;
+  for (const std::int32_t tile : partition) {
+    if (tile / frame.macroCols >= frame.macroRows) continue;
+    ++macroTiles;
+    RenderMacroTile(state, frame, tile, mark);
+    macroScopes.EndAtMark();
+  }
+  return macroTiles;
+}
+
+std::uint64_t CountMacroTiles(const FrameTaskContext& frame, const WorkerPartition& partition) noexcept {
+  std::uint64_t macroTiles = 0;
+  for (const std::int32_t tile : partition) macroTiles += tile / frame.macroCols < frame.macroRows ? 1 : 0;
+  return macroTiles;
 }
 
 }  // namespace
@@ -89,12 +112,8 @@ void WorkerLoopEntry(const RJQ::JobRange* /*range*/, std::int32_t taskIndex, voi
   AddDiscovery(record, count, counts);
 
   const std::int64_t rasterStart = TicksNow();
-  std::uint64_t macroTiles = 0;
-  for (const std::int32_t tile : partition) {
-    if (tile / frame.macroCols >= frame.macroRows) continue;
-    ++macroTiles;
-    if (!binOnly) RenderMacroTile(state, frame, tile);
-  }
+  const std::uint64_t macroTiles =
+      binOnly ? CountMacroTiles(frame, partition) : RenderMacroTiles(state, frame, partition);
   const std::int64_t end = TicksNow();
 
   const std::uint64_t binTicks = Span(binStart, rasterStart), rasterTicks = Span(rasterStart, end);

@@ -133,6 +133,54 @@ TEST(Profiler, ScopeClosesOnException) {
   EXPECT_EQ(Children(root)[0]->calls.load(), 1u);
 }
 
+TEST(Profiler, SeriesCountsEachOfItsScopesAndThoseInsideIt) {
+  std::int64_t before = 0, after = 0;
+  const ProfileNode* root = RootAfter([&] {
+    const ScopeTimer around(kOuter);
+    before = TicksNow();
+    std::int64_t mark = ProfileMark();
+    ScopeSeries outer(kOther, mark);
+    for (int i = 0; i < 3; ++i) {
+      ScopeSeries inner(kInner, mark);
+      inner.EndAtMark();
+      const std::int64_t busyUntil = TicksNow() + TicksPerSecond() / 1000;
+      while (TicksNow() < busyUntil) {
+      }
+      inner.End();
+      inner.EndAtMark();
+      outer.EndAtMark();
+    }
+    after = TicksNow();
+  });
+  const auto outer = Children(Children(root)[0]);
+  ASSERT_EQ(outer.size(), 1u);
+  const auto inner = Children(outer[0]);
+  ASSERT_EQ(inner.size(), 1u);
+  const auto millisecond = static_cast<std::uint64_t>(TicksPerSecond() / 1000);
+  EXPECT_EQ(outer[0]->calls.load(), 3u);
+  EXPECT_EQ(inner[0]->calls.load(), 9u);
+  EXPECT_EQ(inner[0]->minTicks.load(), 0u);
+  EXPECT_GE(inner[0]->maxTicks.load(), millisecond);
+  EXPECT_GE(inner[0]->totalTicks.load(), 3 * millisecond);
+  EXPECT_LE(inner[0]->totalTicks.load(), static_cast<std::uint64_t>(after - before));
+  EXPECT_EQ(outer[0]->totalTicks.load(), inner[0]->totalTicks.load());
+  EXPECT_GE(outer[0]->minTicks.load(), millisecond);
+}
+
+TEST(Profiler, SeriesLeavesTheCursorWhereItWas) {
+  RootAfter([] {
+    const ScopeTimer around(kOuter);
+    const ProfileNode* cursor = CurrentThreadGuard().profileCursor;
+    {
+      std::int64_t mark = ProfileMark();
+      ScopeSeries series(kOther, mark);
+      EXPECT_EQ(CurrentThreadGuard().profileCursor->parent, cursor);
+      series.End();
+    }
+    EXPECT_EQ(CurrentThreadGuard().profileCursor, cursor);
+  });
+}
+
 TEST(Profiler, NullFileDoesNothing) { ProfileReport(nullptr); }
 
 TEST(Profiler, ResetZeroesCountsAndKeepsNodes) {

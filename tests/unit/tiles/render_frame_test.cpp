@@ -11,6 +11,8 @@
 
 #include "api/state/driver_state.h"
 #include "scratch_folder.h"
+#include "settings/profile_tree.h"
+#include "settings/profiler.h"
 #include "settings/settings.h"
 #include "settings/stage_counters.h"
 #include "tiles/discovery.h"
@@ -231,6 +233,36 @@ TEST_F(Frame, ASecondRenderWithoutAResetDoesNotDoubleTheLists) {
   EXPECT_EQ(first.color, second.color);
   EXPECT_EQ(DriverStateInstance().tileLists[0].size(), 1u);
 }
+
+#if TLR2_PROFILING
+/// Calls of all nodes of a name below `node`.
+std::uint64_t ProfiledCalls(const ProfileNode& node, const std::string& name) {
+  std::uint64_t calls = node.name == name ? node.calls.load() : 0;
+  for (const ProfileNode* child = node.firstChild; child != nullptr; child = child->nextSibling)
+    calls += ProfiledCalls(*child, name);
+  return calls;
+}
+
+std::uint64_t ProfiledCalls(const std::string& name) {
+  std::uint64_t calls = 0;
+  for (const ProfileNode* root : CopyProfileRoots()) calls += ProfiledCalls(*root, name);
+  return calls;
+}
+
+TEST_F(Frame, EveryTileOfTheGridCountsAScopeWhetherOrNotItHasTriangles) {
+  Grid(100, 70);  // 13 by 9 micro tiles, 4 by 3 macro tiles
+  Target target(100, 70);
+  AddTriangle(0, 0, 12, 0, 0, 12);
+  const std::uint64_t micros = ProfiledCalls("tlr2::RasterizeTile"), macros = ProfiledCalls("tlr2::RenderMacroTile");
+  Render(target, {MixingKernel, 3});
+  EXPECT_LT(kernelCalls, 5);
+  EXPECT_EQ(ProfiledCalls("tlr2::RasterizeTile") - micros, 13u * 9u);
+  EXPECT_EQ(ProfiledCalls("tlr2::RenderMacroTile") - macros, 4u * 3u);
+  Render(target, {MixingKernel, 3}, {.binOnly = 1});
+  EXPECT_EQ(ProfiledCalls("tlr2::RasterizeTile") - micros, 13u * 9u);
+  EXPECT_EQ(ProfiledCalls("tlr2::RenderMacroTile") - macros, 4u * 3u);
+}
+#endif
 
 TEST_F(Frame, AGridLargerThanTheSurfaceStaysInsideTheSurface) {
   Grid(128, 128);
