@@ -36,7 +36,7 @@ class Host:
         self.process.stdin.write(f"{scene} {width} {height} {frames}\n")
         self.process.stdin.flush()
         answer = self.process.stdout.readline().split()
-        if len(answer) != 3 or answer[0] != scene:
+        if len(answer) != 4 or answer[0] != scene:
             raise RuntimeError(f"{scene}: {' '.join(answer) or 'the host ended'}")
         return float(answer[1])
 
