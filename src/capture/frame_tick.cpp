@@ -11,6 +11,7 @@
 #include "platform/crash.h"
 #include "platform/environment.h"
 #include "platform/hotkey.h"
+#include "platform/process.h"
 #include "settings/settings.h"
 
 namespace tlr2 {

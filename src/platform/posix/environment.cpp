@@ -17,6 +17,4 @@ std::uint32_t ReadEnvironment(const char* name, char* buffer, std::uint32_t size
   return static_cast<std::uint32_t>(length);
 }
 
-void PostProcessQuit() noexcept {}  // no message loop to end
-
 }  // namespace tlr2

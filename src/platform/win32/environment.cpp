@@ -1,4 +1,4 @@
-// Environment variables and the message loop of a Windows process.
+// Environment variables of a Windows process.
 #include "platform/environment.h"
 
 #include <windows.h>
@@ -14,7 +14,5 @@ std::uint32_t ReadEnvironment(const char* name, char* buffer, std::uint32_t size
   }
   return length;
 }
-
-void PostProcessQuit() noexcept { PostQuitMessage(0); }
 
 }  // namespace tlr2

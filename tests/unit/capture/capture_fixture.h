@@ -28,6 +28,8 @@ namespace tlr2 {
 
 /// What the driver's poll of the keyboard sees; hotkey_stand_in.cpp.
 extern bool hotkeyHeld;
+/// How often the driver asked the application to end; quit_stand_in.cpp.
+extern int quitsPosted;
 
 inline constexpr char kNoFile[] = "<no such file>";
 

@@ -67,6 +67,25 @@ TEST_F(Selection, ARangeFromTheEnvironmentEndsTheProcessAfterItsLastFrame) {
   EXPECT_FALSE(FinishCaptureRange(12));
 }
 
+TEST_F(Selection, TheTickPastARangeFromTheEnvironmentEndsTheApplicationOnce) {
+  quitsPosted = 0;
+  SetCaptureRange(10, 10, "env", true);
+  OpenTrace(10, 12, "env", true);
+  TickInto(10);
+  EXPECT_EQ(quitsPosted, 0);
+  TickInto(11);
+  EXPECT_EQ(quitsPosted, 1);
+  TickInto(12);
+  EXPECT_EQ(quitsPosted, 1);
+  TickInto(13);
+  EXPECT_EQ(quitsPosted, 2) << "the trace's own";
+  captureRequested = 1;
+  traceRequested = 1;
+  for (std::int32_t frame = 14; frame < 30; ++frame) TickInto(frame);
+  EXPECT_EQ(CaptureRange(), "none");
+  EXPECT_EQ(quitsPosted, 2) << "ranges that the user asked for end nothing";
+}
+
 // Each in a process of its own: the environment is read once.
 
 TEST_F(Selection, TheEnvironmentSelectsBothRanges) {
