@@ -20,7 +20,7 @@ namespace {
 constexpr std::int32_t kMostCapturedFrames = 1000;
 constexpr std::int32_t kMostTracedFrames = 60;
 constexpr std::uint32_t kRangeTextBytes = 32;
-constexpr std::uint32_t kReferenceTextBytes = 1024;  // only the first character counts
+constexpr std::uint32_t kReferenceTextBytes = 32768;  // only the first character counts, of however long a text
 
 bool hotkeyWasDown = false;
 
@@ -69,7 +69,7 @@ void DiagnosticsStart() noexcept {
   if (ReadEnvironment("TLR2_TRACE_FRAMES", text, sizeof text) != 0 && ParseFrameRange(text, first, last)) {
     OpenTrace(first, last, "env", true);
   }
-  char wanted[kReferenceTextBytes];
+  static char wanted[kReferenceTextBytes];
   if (ReadEnvironment("TLR2_CAPTURE_REFERENCE_PIXELS", wanted, sizeof wanted) != 0) {
     SetCaptureReferencePixels(std::strchr("0nNfF", wanted[0]) == nullptr);
   }
