@@ -66,6 +66,21 @@ class Emission : public Frame {
 
 using TriangleSetup = Emission;
 
+/// Jobs that `work` gave the pool.
+template <typename Work>
+int PoolJobs(Work work) {
+  const auto ticket = [] {
+    const RJQ::JobRange one = {{}, 1};
+    const std::int32_t taken =
+        RJQ::Enqueue(*RJQ::Pool(), RJQ::kTaskJob, one, [](const RJQ::JobRange*, std::int32_t, void*) {}, nullptr);
+    RJQ::WaitIdle(*RJQ::Pool());
+    return taken;
+  };
+  const std::int32_t before = ticket();
+  work();
+  return ticket() - before - 1;
+}
+
 }  // namespace
 
 TEST_F(TriangleSetup, TopAndBottomOfTheViewport) {
@@ -364,6 +379,24 @@ TEST_F(Emission, TheParallelFormNeedsVerticesAndWorkers) {
   Settings().workerLimit = 0;
   RJQ::StopPool();
   EXPECT_EQ(EmissionJobCount(true, 1000, 40000), 1);
+}
+
+TEST_F(Emission, TheThresholdIsExactAndTheReplayThreadHandsThePermissionOn) {
+  ASSERT_TRUE(RJQ::StartPool(64, 2));
+  if (ActiveWorkerCount() < 2) GTEST_SKIP();
+  RandomFrame random(21);
+  FillFrame(random, 32767, 0.5f);
+  EXPECT_EQ(PoolJobs([] { EmitTriangles(true); }), 0);
+  FillFrame(random, 32768, 0.5f);
+  EXPECT_EQ(PoolJobs([] { EmitTriangles(true); }), 1);
+  EXPECT_EQ(PoolJobs([] { EmitTriangles(false); }), 0);
+  FrameJob job;
+  StreamBuilder frame;
+  for (int i = 0; i < 32768 / 3 + 1; ++i) frame.Triangle();
+  job.stream.bytes = frame.stream.bytes;
+  EXPECT_EQ(PoolJobs([&job] { RunFrameBuild(job, true); }), 1);
+  EXPECT_EQ(PoolJobs([&job] { RunFrameBuild(job, false); }), 0);
+  StopReplayThread();
 }
 
 TEST_F(Emission, TheParallelFormIsByteIdentical) {

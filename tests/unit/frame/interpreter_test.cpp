@@ -67,6 +67,8 @@ TEST_F(Interpreter, APacketHoldsTheStateOfItsEnd) {
   EXPECT_EQ(p.mvp[0], 2.0f);
   EXPECT_EQ(p.mvp[12], 2.0f);  // the translation came between begin and end, and acts on the whole primitive
   EXPECT_EQ(p.viewportX, 1);
+  EXPECT_EQ(p.viewportY, 2);
+  EXPECT_EQ(p.viewportW, 30);
   EXPECT_EQ(p.viewportH, 40);
   EXPECT_EQ(p.depthNear, 0.25f);
   EXPECT_EQ(p.depthFar, 0.75f);
@@ -179,7 +181,7 @@ TEST_F(Interpreter, RenderStateRecords) {
   EXPECT_TRUE(state.blendEnabled && state.texture2DEnabled && state.depthTestEnabled && state.cullEnabled);
   EXPECT_FALSE(state.alphaTestEnabled);
   StreamBuilder mode;
-  mode.Put(kTexEnvfv, {0x2300, 0x2200, 7681.9f, 0.0f, 0.0f, 0.0f}).Put(kDepthMask, {1}).Put(kSwapBuffers);
+  mode.Put(kTexEnvfv, {0x2300, 0x2200, 7681.9f, 0.0f, 0.0f, 0.0f}).Put(kDepthMask, {2}).Put(kSwapBuffers);
   Replay(mode);
   EXPECT_EQ(state.texEnvMode, 7681u);
   EXPECT_EQ(state.depthMask, 1);

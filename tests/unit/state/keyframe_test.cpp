@@ -73,6 +73,9 @@ TEST_F(KeyframeTest, YoungerAndUnknownTexturesAreNotSaved) {
   live_.textureCount = 5;  // a table that became shorter
   TouchTexture(4);
   EXPECT_TRUE(live_.pendingIds.empty());
+  state_.textureTable.resize(6);
+  TouchTexture(5);  // the first younger one
+  EXPECT_TRUE(live_.pendingIds.empty());
   live_.touched.clear();
   TouchTexture(1);
   EXPECT_EQ(live_.touched.size(), 5u);

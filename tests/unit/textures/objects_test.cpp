@@ -62,7 +62,9 @@ TEST_F(Textures, LowestFreeNameIsReusedAtOnce) {
   std::uint32_t names[2];
   AllocateTextureNames(state_, 2, names, Touch::kSkip);
   Delete({names[0]});
+  Object(names[0]).hasImage = 1;  // as a damaged file may say
   EXPECT_EQ(Generate(), names[0]);
+  EXPECT_EQ(Object(names[0]).hasImage, 0);
 }
 
 TEST_F(Textures, ManyNamesAtOnceEqualSingleOnes) {
@@ -118,7 +120,12 @@ TEST_F(Textures, DeletionEmptiesTheSlotButKeepsParameters) {
   EXPECT_EQ(state_.boundTexture, 0u) << "deleting the bound texture unbinds it";
   EXPECT_EQ(object.width | object.height | object.inUse | object.hasImage, 0);
   EXPECT_TRUE(object.pixels.empty());
-  EXPECT_EQ(object.levelCount | object.levelWidth[0] | object.levelPitch[0] | object.levelTexelBytes[0], 0u);
+  EXPECT_EQ(object.levelCount, 0u);
+  for (int i = 0; i < kMaxLevels; ++i) {
+    EXPECT_EQ(object.levelWidth[i] | object.levelHeight[i] | object.levelPitch[i] | object.levelTexelBytes[i] |
+                  object.levelOffset[i],
+              0u);
+  }
   EXPECT_EQ(object.minFilter, gl::kNearest);
   EXPECT_EQ(object.wrapS, gl::kClamp);
   EXPECT_EQ(state_.textureTable.size(), 2u) << "the table does not shrink";
@@ -210,7 +217,12 @@ TEST_F(Textures, ASecondImageReplacesTheWholeObject) {
   Upload(2, 1, gl::kLuminance, {1, 2});
   EXPECT_EQ(Object(0).levelCount, 2u);
   EXPECT_EQ(Object(0).pixels.size(), 3u);
-  EXPECT_EQ(Object(0).levelWidth[2], 0u);
+  const TextureObject& object = Object(0);
+  for (int i = 2; i < kMaxLevels; ++i) {
+    EXPECT_EQ(object.levelWidth[i] | object.levelHeight[i] | object.levelPitch[i] | object.levelTexelBytes[i] |
+                  object.levelOffset[i],
+              0u);
+  }
   EXPECT_EQ(Object(0).wrapT, gl::kClamp);
   EXPECT_EQ(Object(0).pixels.data()[3], 0u) << "the word behind the last level";
 }
