@@ -26,7 +26,7 @@ class PacketEmitter {
     for (std::uint32_t first = 0; first + needed < n; first += step) {
       const std::uint32_t count = n - first < length ? n - first : length;
       const PacketVertex* v = vertices + first;
-      PrepareVertices(packet_, map_, v, count, 0, block_);
+      if (PrepareVertices(packet_, map_, v, count, 0, block_).AllClippedAway()) continue;
       ForEachAssembledTriangle(packet_.mode, count, [this, v](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
         Triangle(a, b, c, v[a], v[b], v[c]);
       });
@@ -37,11 +37,12 @@ class PacketEmitter {
   void Fan(const PacketVertex* vertices) {
     const std::uint32_t n = packet_.vertexCount;
     constexpr std::uint32_t kLength = kBlockVertices - 1;
-    PrepareVertices(packet_, map_, vertices, 1, 0, block_);
+    const BlockSides hub = PrepareVertices(packet_, map_, vertices, 1, 0, block_);
     for (std::uint32_t first = 1; first + 1 < n; first += kLength - 1) {
       const std::uint32_t count = n - first < kLength ? n - first : kLength;
       const PacketVertex* v = vertices + first;
-      PrepareVertices(packet_, map_, v, count, 1, block_);
+      const BlockSides rim = PrepareVertices(packet_, map_, v, count, 1, block_);
+      if (BlockSides{hub.any | rim.any, hub.all & rim.all}.AllClippedAway()) continue;
       for (std::uint32_t i = 0; i + 1 < count; ++i) Triangle(0, i + 1, i + 2, vertices[0], v[i], v[i + 1]);
     }
   }
@@ -88,12 +89,9 @@ class PacketEmitter {
   void Crossing(std::uint32_t a, std::uint32_t b, std::uint32_t c, const PacketVertex& va, const PacketVertex& vb,
                 const PacketVertex& vc) {
     const std::uint32_t oa = block_.outside[a], ob = block_.outside[b], oc = block_.outside[c];
-    const std::uint32_t planes = (oa | ob | oc) & kPlaneBits;
-    if (planes == 0) return;  // only a w that set-up rejects
-    // The planes before the first that any vertex is outside of leave the triangle as it is, so that one sees these
-    // very vertices. Of a later plane that cannot be said: rounding may bring a new vertex back inside.
-    const std::uint32_t firstPlane = planes & (0u - planes);
-    if ((oa & ob & oc & firstPlane) != 0) return;
+    const BlockSides sides = {oa | ob | oc, oa & ob & oc};
+    if ((sides.any & kPlaneBits) == 0) return;  // only a w that set-up rejects
+    if (sides.AllClippedAway()) return;
 
     const ClipVertex triangle[3] = {ClipVertexAt(a, va), ClipVertexAt(b, vb), ClipVertexAt(c, vc)};
     ClipVertex polygon[kClipOutputLimit];

@@ -1,97 +1,79 @@
 // Transform and projection of many vertices at a time.
 #include "frame/vertex_block.h"
 
+#include "base/float4.h"
+
 namespace tlr2 {
 namespace {
 
-/// One group of lanes. Loops over all lanes, so that the compiler makes each a vector operation.
-struct Lanes {
-  alignas(16) float v[kBlockLanes];
+static_assert(kBlockLanes == 4);
+static_assert(offsetof(PacketVertex, x) == 0 && offsetof(PacketVertex, z) == 8 && sizeof(PacketVertex) >= 16);
+
+using Bits4 = std::uint32_t __attribute__((vector_size(16)));
+
+/// The matrix, each element in all lanes.
+struct SplatMatrix {
+  Float4 m[16];
 };
 
 /// A row of the product, in TransformPoint's order of additions.
-inline Lanes Row(const float* m, int row, const Lanes& x, const Lanes& y, const Lanes& z) noexcept {
-  const float mx = m[row], my = m[row + 4], mz = m[row + 8], mw = m[row + 12];
-  Lanes out;
-  for (std::uint32_t l = 0; l < kBlockLanes; ++l) out.v[l] = y.v[l] * my + x.v[l] * mx + z.v[l] * mz + mw;
-  return out;
+inline Float4 Row(const SplatMatrix& matrix, int row, Float4 x, Float4 y, Float4 z) noexcept {
+  return y * matrix.m[row + 4] + x * matrix.m[row] + z * matrix.m[row + 8] + matrix.m[row + 12];
 }
 
-struct LaneBits {
-  alignas(16) std::uint32_t v[kBlockLanes];
-};
-
-/// `bit` in the lanes where the distance w + c, or w - c, is not at least 0: a NaN is outside.
-inline LaneBits Outside(const Lanes& w, const Lanes& c, std::uint32_t bit, int sign) noexcept {
-  Lanes distance;
-  for (std::uint32_t l = 0; l < kBlockLanes; ++l) distance.v[l] = sign > 0 ? w.v[l] + c.v[l] : w.v[l] - c.v[l];
-  LaneBits out;
-  for (std::uint32_t l = 0; l < kBlockLanes; ++l) out.v[l] = distance.v[l] >= 0.0f ? 0u : bit;
-  return out;
+/// `bit` in the lanes where the distance is not at least 0: a NaN is outside.
+inline Bits4 Outside(Float4 distance, std::uint32_t bit) noexcept {
+  return ~reinterpret_cast<Bits4>(distance >= Splat4(0.0f)) & Bits4{bit, bit, bit, bit};
 }
 
-inline void Merge(LaneBits& into, const LaneBits& bits) noexcept {
-  for (std::uint32_t l = 0; l < kBlockLanes; ++l) into.v[l] |= bits.v[l];
-}
-
-inline void Store(const Lanes& lanes, float* to) noexcept {
-  for (std::uint32_t l = 0; l < kBlockLanes; ++l) to[l] = lanes.v[l];
-}
+inline void Store(Float4 lanes, float* to) noexcept { std::memcpy(to, &lanes, sizeof lanes); }
 
 }  // namespace
 
-void PrepareVertices(const NativePacket& packet, const ViewportMapping& mapping, const PacketVertex* vertices,
-                     std::uint32_t count, std::uint32_t at, VertexBlock& block) noexcept {
-  const ViewportMapping map = mapping;
-  float m[16];
-  for (int i = 0; i < 16; ++i) m[i] = packet.mvp[i];
+BlockSides PrepareVertices(const NativePacket& packet, const ViewportMapping& map, const PacketVertex* vertices,
+                           std::uint32_t count, std::uint32_t at, VertexBlock& block) noexcept {
+  SplatMatrix matrix;
+  for (int i = 0; i < 16; ++i) matrix.m[i] = Splat4(packet.mvp[i]);
+  const Float4 half = Splat4(0.5f), one = Splat4(1.0f);
+  Bits4 any = {}, all = ~Bits4{};
 
   for (std::uint32_t first = 0; first < count; first += kBlockLanes) {
-    Lanes px, py, pz;
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
-      const std::uint32_t i = first + l < count ? first + l : count - 1;  // lanes past the end repeat the last vertex
-      px.v[l] = vertices[i].x;
-      py.v[l] = vertices[i].y;
-      pz.v[l] = vertices[i].z;
-    }
-    const Lanes x = Row(m, 0, px, py, pz);
-    const Lanes y = Row(m, 1, px, py, pz);
-    const Lanes z = Row(m, 2, px, py, pz);
-    const Lanes w = Row(m, 3, px, py, pz);
+    // Lanes past the end repeat the last vertex.
+    const auto position = [=](std::uint32_t l) {
+      return Load4(&vertices[first + l < count ? first + l : count - 1].x);
+    };
+    Float4 px = position(0), py = position(1), pz = position(2), unused = position(3);
+    Transpose4(px, py, pz, unused);
+    const Float4 x = Row(matrix, 0, px, py, pz);
+    const Float4 y = Row(matrix, 1, px, py, pz);
+    const Float4 z = Row(matrix, 2, px, py, pz);
+    const Float4 w = Row(matrix, 3, px, py, pz);
     const std::uint32_t to = at + first;
     Store(x, block.clipX + to);
     Store(y, block.clipY + to);
     Store(z, block.clipZ + to);
     Store(w, block.clipW + to);
 
-    LaneBits outside = Outside(w, x, 1, +1);
-    Merge(outside, Outside(w, x, 2, -1));
-    Merge(outside, Outside(w, y, 4, +1));
-    Merge(outside, Outside(w, y, 8, -1));
-    Merge(outside, Outside(w, z, 16, +1));
-    Merge(outside, Outside(w, z, 32, -1));
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) outside.v[l] |= w.v[l] <= 0.0f ? kRejectedWBit : 0u;
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) block.outside[to + l] = outside.v[l];
+    Bits4 outside = Outside(w + x, 1) | Outside(w - x, 2) | Outside(w + y, 4) | Outside(w - y, 8) | Outside(w + z, 16) |
+                    Outside(w - z, 32);
+    outside |=
+        reinterpret_cast<Bits4>(w <= Splat4(0.0f)) & Bits4{kRejectedWBit, kRejectedWBit, kRejectedWBit, kRejectedWBit};
+    std::memcpy(block.outside + to, &outside, sizeof outside);
+    any |= outside;
+    all &= outside;
+    // Nobody reads the window coordinates of a vertex that is outside.
+    if (!AnyLane(outside == 0)) continue;
 
-    Lanes invW, sx, sy, sz;
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) invW.v[l] = 1.0f / w.v[l];
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
-      const float ndc = invW.v[l] * x.v[l] * 0.5f + 0.5f;
-      sx.v[l] = ndc * map.width + map.x;
-    }
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
-      const float ndc = invW.v[l] * y.v[l] * 0.5f + 0.5f;
-      sy.v[l] = (1.0f - ndc) * map.height + map.y;
-    }
-    for (std::uint32_t l = 0; l < kBlockLanes; ++l) {
-      const float ndc = invW.v[l] * z.v[l] * 0.5f + 0.5f;
-      sz.v[l] = ndc * map.depthSpan + map.depthNear;
-    }
-    Store(sx, block.x + to);
-    Store(sy, block.y + to);
-    Store(sz, block.z + to);
+    const Float4 invW = one / w;
+    const Float4 ndcX = invW * x * half + half;
+    const Float4 ndcY = invW * y * half + half;
+    const Float4 ndcZ = invW * z * half + half;
+    Store(ndcX * Splat4(map.width) + Splat4(map.x), block.x + to);
+    Store((one - ndcY) * Splat4(map.height) + Splat4(map.y), block.y + to);
+    Store(ndcZ * Splat4(map.depthSpan) + Splat4(map.depthNear), block.z + to);
     Store(invW, block.invW + to);
   }
+  return {any[0] | any[1] | any[2] | any[3], all[0] & all[1] & all[2] & all[3]};
 }
 
 }  // namespace tlr2

@@ -30,9 +30,22 @@ struct VertexBlock {
   alignas(16) std::uint32_t outside[kSize];
 };
 
+/// Bits of `outside` that any, and that all, of some vertices have.
+struct BlockSides {
+  std::uint32_t any, all;
+
+  /// Whether clipping leaves nothing of any triangle of these vertices: all lie outside of the first plane that any of
+  /// them is outside of. Of a later plane that cannot be said, since clipping makes new vertices, and rounding may
+  /// bring one back inside.
+  bool AllClippedAway() const noexcept {
+    const std::uint32_t planes = any & kPlaneBits;
+    return (all & planes & (0u - planes)) != 0;
+  }
+};
+
 /// Prepares `count` vertices (1 or more) into the block from index `at`. The arithmetic of each is that of
 /// TransformPoint, ClipDistance and ProjectVertex, operation for operation.
-void PrepareVertices(const NativePacket& packet, const ViewportMapping& map, const PacketVertex* vertices,
-                     std::uint32_t count, std::uint32_t at, VertexBlock& block) noexcept;
+BlockSides PrepareVertices(const NativePacket& packet, const ViewportMapping& map, const PacketVertex* vertices,
+                           std::uint32_t count, std::uint32_t at, VertexBlock& block) noexcept;
 
 }  // namespace tlr2

@@ -305,6 +305,36 @@ TEST_F(Emission, LongPrimitivesEqualTheScalarForm) {
   }
 }
 
+TEST_F(Emission, PrimitivesBesideTheViewEqualTheScalarForm) {
+  // Whole blocks outside of one plane or of two, with now and then a vertex that is not.
+  RandomFrame random(16);
+  std::size_t drawn = 0;
+  for (std::uint32_t i = 0; i < 400; ++i) {
+    state.packets.clear();
+    state.packetVertices.clear();
+    const std::uint32_t count = 3 + random.Below(700);
+    const int axis = static_cast<int>(random.Below(3)), other = static_cast<int>(random.Below(3));
+    const float side = random.Below(2) == 0 ? 6.0f : -6.0f, otherSide = random.Below(2) == 0 ? 3.0f : 0.0f;
+    for (std::uint32_t k = 0; k < count; ++k) {
+      PacketVertex v = random.Vertex(1.0f);
+      if (i % 4 == 0 || random.Below(300) != 0) {
+        float* position[] = {&v.x, &v.y, &v.z};
+        *position[other] += otherSide;
+        *position[axis] += side;
+      }
+      state.packetVertices.push_back(v);
+    }
+    const NativePacket packet = random.Packet(4 + i % 6, 0, count);
+    state.packets.push_back(packet);
+    std::vector<TriangleRecord> want;
+    ScalarEmit(packet, state.packetVertices.data(), {}, want);
+    EmitTriangles(false);
+    ExpectTriangles(want);
+    drawn += want.size();
+  }
+  EXPECT_GT(drawn, 100u);
+}
+
 TEST_F(Emission, WildCoordinatesEqualTheScalarForm) {
   RandomFrame random(15);
   const float special[] = {
