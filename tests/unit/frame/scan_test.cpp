@@ -1,6 +1,10 @@
 // The read-only walks over a stream.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <random>
+#include <vector>
+
 #include "frame_fixture.h"
 
 using namespace tlr2;
@@ -47,6 +51,49 @@ TEST(ScanStream, StopsAtBadFramingWithTheCountsSoFar) {
   past.Triangle().PutSized(kEnd, 8);
   unknown.Triangle().Put(50);
   for (StreamBuilder* b : {&head, &small, &past, &unknown}) fails(*b);
+}
+
+TEST(ScanStream, CountsAsAPlainWalkDoes) {
+  // Mostly what vertices are made of, of the usual sizes and of others, cut off anywhere.
+  std::mt19937 random(5);
+  const std::uint32_t usual[] = {kTexCoord2f, kColor, kVertex3f, kVertex2f};
+  const std::uint32_t usualSize[] = {12, 8, 16, 12};
+  for (int round = 0; round < 3000; ++round) {
+    StreamBuilder b;
+    const auto length = static_cast<std::uint32_t>(random() % 60);
+    for (std::uint32_t i = 0; i < length; ++i) {
+      const std::uint32_t which = static_cast<std::uint32_t>(random() % 4);
+      std::uint32_t id = usual[which], size = usualSize[which];
+      if (random() % 20 == 0) {
+        id = static_cast<std::uint32_t>(random() % (round % 3 == 0 ? 64 : 50));
+        size = static_cast<std::uint32_t>(random() % 40 == 0 ? random() % 64 : 4 + 4 * (random() % 6));
+      }
+      const std::vector<Word> body(size / 4 - (size >= 4 ? 1 : 0), Word(static_cast<unsigned>(random())));
+      b.PutSized(id, size, body);
+    }
+    tlr2::ByteVector& bytes = b.stream.bytes;
+    if (round % 2 == 0 && !bytes.empty()) bytes.resize(random() % bytes.size());
+
+    StreamSummary want = {};
+    bool valid = true;
+    for (std::size_t at = 0; at < bytes.size();) {
+      std::uint16_t head[2] = {};
+      if (bytes.size() - at >= 4) std::memcpy(head, bytes.data() + at, 4);
+      if (head[1] < 4 || head[1] > bytes.size() - at || head[0] >= 50) {
+        valid = false;
+        break;
+      }
+      ++want.records;
+      if (head[0] == kVertex2f || head[0] == kVertex3f) ++want.vertices;
+      if (head[0] == kBegin) ++want.begins;
+      if (head[0] == kSwapBuffers) ++want.frameEnds;
+      at += head[1];
+    }
+    if (valid) want.streamBytes = static_cast<std::uint32_t>(bytes.size());
+    StreamSummary got;
+    EXPECT_EQ(ScanStream(b.stream, &got), valid);
+    EXPECT_EQ(std::memcmp(&got, &want, sizeof got), 0) << round;
+  }
 }
 
 TEST(ScanFrames, ListsPrimitives) {
