@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "base/color.h"
+#include "base/pixel_rows.h"
 #include "textures/texture_ops.h"
 
 namespace tlr2 {
@@ -26,11 +27,6 @@ void ConvertBlocks(const std::uint8_t* __restrict source, std::uint32_t* __restr
     destination += kBlock;
   }
   for (std::int32_t i = 0; i < count; ++i) destination[i] = texel(source + Bytes * i);
-}
-
-/// Red and blue change places; green and alpha stay.
-constexpr std::uint32_t SwapRedBlue(std::uint32_t word) noexcept {
-  return (word & 0xFF00FF00u) | (word >> 16 & 0xFFu) | (word & 0xFFu) << 16;
 }
 
 /// Three-byte pixels, four at a time out of three words.

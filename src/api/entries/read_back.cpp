@@ -1,5 +1,6 @@
 // glReadPixels: builds and renders what is recorded so far, then copies the rasteriser's pixels out.
 #include "api/entries/entry_frame.h"
+#include "base/pixel_rows.h"
 #include "wgl/context.h"
 #include "wgl/frame_boundary.h"
 
@@ -8,31 +9,19 @@ namespace tlr2 {
 namespace {
 
 /// Copies one row of B, G, R, A pixels in the order that `format` wants; false for a format that is not written.
-bool CopyRow(GLenum format, const std::uint32_t* source, std::uint8_t* destination, GLsizei width) noexcept {
+bool CopyRow(GLenum format, const std::uint8_t* source, std::uint8_t* destination, std::size_t count) noexcept {
   switch (format) {
     case gl::kBgra:
-      std::memcpy(destination, source, static_cast<std::size_t>(width) * 4);
+      std::memcpy(destination, source, count * 4);
       return true;
     case gl::kRgba:
-      for (GLsizei i = 0; i < width; ++i) {
-        const std::uint32_t pixel = source[i];
-        const std::uint32_t swapped = (pixel & 0xFF00FF00u) | (pixel >> 16 & 0xFFu) | (pixel & 0xFFu) << 16;
-        std::memcpy(destination + static_cast<std::size_t>(i) * 4, &swapped, 4);
-      }
+      SwapRedBlueRow(source, destination, count);
       return true;
     case gl::kBgr:
-      for (GLsizei i = 0; i < width; ++i, destination += 3) {
-        destination[0] = static_cast<std::uint8_t>(source[i]);
-        destination[1] = static_cast<std::uint8_t>(source[i] >> 8);
-        destination[2] = static_cast<std::uint8_t>(source[i] >> 16);
-      }
+      PackTriplesRow<false>(source, destination, count);
       return true;
     case gl::kRgb:
-      for (GLsizei i = 0; i < width; ++i, destination += 3) {
-        destination[0] = static_cast<std::uint8_t>(source[i] >> 16);
-        destination[1] = static_cast<std::uint8_t>(source[i] >> 8);
-        destination[2] = static_cast<std::uint8_t>(source[i]);
-      }
+      PackTriplesRow<true>(source, destination, count);
       return true;
     default:
       return false;
@@ -47,8 +36,9 @@ void CopyOut(const SurfaceView& surface, GLint x, GLint y, GLsizei width, GLsize
   const auto* base = reinterpret_cast<const std::uint8_t*>(surface.colorBuffer);
   for (GLsizei i = 0; i < height; ++i) {
     const auto row = static_cast<std::size_t>(surface.height - 1 - y - i);
-    const auto* source = reinterpret_cast<const std::uint32_t*>(base + row * surface.rowPitch) + x;
-    if (!CopyRow(format, source, destination + static_cast<std::size_t>(i) * rowBytes, width)) return;
+    const std::uint8_t* source = base + row * surface.rowPitch + static_cast<std::size_t>(x) * 4;
+    std::uint8_t* out = destination + static_cast<std::size_t>(i) * rowBytes;
+    if (!CopyRow(format, source, out, static_cast<std::size_t>(width))) return;
   }
 }
 
