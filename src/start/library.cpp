@@ -6,8 +6,10 @@
 #include "capture/frame_tick.h"
 #include "frame/replay.h"
 #include "kernels/tile_kernel.h"
+#include "panel/panel.h"
 #include "tiles/queue/render_job_queue.h"
 #include "tiles/runtime_config.h"
+#include "wgl/context.h"
 
 namespace tlr2 {
 
@@ -28,10 +30,12 @@ void LibraryStart() noexcept {
   KernelLaneCount(&kernelLanes);
   StartWorkerPool();
   StartReplayThread();
+  panelStarter = ControlPanelStart;
 }
 
 void LibraryEnd() noexcept {
   if (!started.exchange(false)) return;
+  ControlPanelStop();
   StopReplayThread();
   RJQ::ForgetPool();
   ProcessEndDiagnostics();

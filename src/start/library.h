@@ -3,9 +3,10 @@
 
 namespace tlr2 {
 
-/// Cutoff and target parsers, diagnostics, lane count, worker pool, replay thread. Runs once; later calls do nothing.
+/// Cutoff and target parsers, diagnostics, lane count, worker pool, replay thread, the panel's starter. Runs once;
+/// later calls do nothing.
 void LibraryStart() noexcept;
-/// Replay thread, pool pointer, final diagnostics.
+/// Panel, replay thread, pool pointer, final diagnostics.
 void LibraryEnd() noexcept;
 
 }  // namespace tlr2
