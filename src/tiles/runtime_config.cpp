@@ -131,6 +131,18 @@ std::int32_t DefaultThreads(std::uint32_t logicalProcessors) noexcept {
   return std::max(static_cast<std::int32_t>(logicalProcessors) - 1, 1);
 }
 
+GroupList ListGroups(std::uint32_t groups, std::uint32_t (*processorsOf)(std::uint16_t group)) noexcept {
+  GroupList list = {};
+  std::size_t used = 0;
+  for (std::uint32_t group = 0; group < std::min(groups, kListedGroups); ++group) {
+    const std::uint32_t count = processorsOf(static_cast<std::uint16_t>(group));
+    list.processors += count;
+    const int written = std::snprintf(list.text + used, sizeof list.text - used, group == 0 ? "%u" : ",%u", count);
+    if (written > 0) used = std::min(used + static_cast<std::size_t>(written), sizeof list.text - 1);
+  }
+  return list;
+}
+
 void ParseCutoffEnvironment() noexcept {
   char value[32];
   ReadEnvironment("TLR2_PIPELINE_CUTOFF", value, sizeof value);
@@ -195,22 +207,14 @@ void StartWorkerPool() noexcept {
   if (!RJQ::StartPool(kQueueCapacity, cap)) return;
 
   const std::uint32_t groups = ActiveGroupCount();
-  char list[96] = "";
-  std::size_t used = 0;
-  unsigned long lps = 0;
-  for (std::uint32_t group = 0; group < std::min(groups, kListedGroups); ++group) {
-    const std::uint32_t count = ActiveProcessorCount(static_cast<std::uint16_t>(group));
-    lps += count;
-    const int written = std::snprintf(list + used, sizeof list - used, group == 0 ? "%u" : ",%u", count);
-    if (written > 0) used = std::min(used + static_cast<std::size_t>(written), sizeof list - 1);
-  }
+  const GroupList list = ListGroups(groups, ActiveProcessorCount);
   const std::uint32_t workers = static_cast<std::uint32_t>(RJQ::WorkerCount(RJQ::Pool()));
   std::snprintf(threadsStatusLine, sizeof threadsStatusLine,
                 forced > 0
                     ? "[TLR2 threads = %u workers (capped via TLR2_THREADS=%d) | Windows: %lu LPs / %u groups (%s)]"
                     : "[TLR2 threads = %u workers (default, LPs minus producer; cap=%d) | Windows: %lu LPs / %u groups "
                       "(%s)]",
-                workers, cap, lps, groups, list);
+                workers, cap, list.processors, groups, list.text);
 }
 
 }  // namespace tlr2

@@ -30,6 +30,13 @@ std::int32_t CutoffOfSpelling(char* value) noexcept;
 /// Target of a value of TLR2_ISA, -1 for auto, and the status line that says why. Normalises `value`; null is unset.
 std::int32_t IsaOfSpelling(char* value, bool (*supported)(std::int32_t selected), char* line,
                            std::size_t lineSize) noexcept;
+/// The processors of the groups in order, 16 groups at most: a list with commas, and their sum.
+struct GroupList {
+  char text[96];
+  unsigned long processors;
+};
+GroupList ListGroups(std::uint32_t groups, std::uint32_t (*processorsOf)(std::uint16_t group)) noexcept;
+
 /// The cap that a value of TLR2_THREADS forces; 0 for none.
 std::int32_t ForcedThreads(const char* value) noexcept;
 /// The cap without one: the thread that renders keeps a logical processor for itself, where there is another.

@@ -94,11 +94,30 @@ INSTANTIATE_TEST_SUITE_P(Grids, DiscoveryOfSize,
                          testing::Values(GridSize{640, 480}, GridSize{333, 211}, GridSize{33, 1}, GridSize{1, 1},
                                          GridSize{1000, 40}, GridSize{64, 64}));
 
+/// Triangles with an edge through a tile's corner, all but for rounding: there the order of the sums decides.
+std::vector<TriangleRecord> TrianglesThroughCorners(std::uint32_t seed, std::size_t count, int width, int height) {
+  std::mt19937 rng(seed);
+  const auto unit = [&] { return static_cast<float>(rng() >> 8) / 16777216.0f; };
+  std::vector<TriangleRecord> out;
+  while (out.size() < count) {
+    const float x = static_cast<float>(8 * (rng() % static_cast<std::uint32_t>(width / 8)));
+    const float y = static_cast<float>(8 * (rng() % static_cast<std::uint32_t>(height / 8)));
+    const float x0 = unit() * static_cast<float>(width), y0 = unit() * static_cast<float>(height);
+    const float reach = 1.0f + unit();
+    out.push_back(Triangle(x0, y0, x0 + (x - x0) * reach, y0 + (y - y0) * reach, unit() * static_cast<float>(width),
+                           unit() * static_cast<float>(height)));
+  }
+  return out;
+}
+
 TEST(Discovery, ListsHoldExactlyTheTilesThatTheStatedTestKeeps) {
   DriverState state;
   ResizeTileGrid(state, 300, 200);
   RebuildWorkerTilePartition(state, 5);
-  for (const TriangleRecord& triangle : RandomTriangles(99, 600, 300, 200)) {
+  std::vector<TriangleRecord> triangles = RandomTriangles(99, 600, 300, 200);
+  const std::vector<TriangleRecord> close = TrianglesThroughCorners(5, 3000, 296, 200);
+  triangles.insert(triangles.end(), close.begin(), close.end());
+  for (const TriangleRecord& triangle : triangles) {
     for (TileEntryList& list : state.tileLists) list.clear();
     DiscoveryCounts counts = {};
     for (std::int32_t task = 0; task < 5; ++task)
@@ -116,6 +135,20 @@ std::size_t ListedTiles(DriverState& state, const TriangleRecord& triangle) {
   std::size_t listed = 0;
   for (const TileEntryList& list : state.tileLists) listed += list.size();
   return listed;
+}
+
+TEST(Discovery, MoreTasksThanAByteCountsKeepToTheirOwnTiles) {
+  DriverState state;
+  ResizeTileGrid(state, 1024, 640);
+  constexpr std::int32_t kTasks = 300;  // over 640 macro tiles, so that small boxes ask the owner table
+  RebuildWorkerTilePartition(state, kTasks);
+  const std::vector<TriangleRecord> triangles = RandomTriangles(3, 200, 1024, 640);
+  for (std::int32_t task = 0; task < kTasks; ++task) {
+    DiscoveryCounts counts = {};
+    DiscoverTriangles(MakeDiscoveryGrid(state, task), triangles.data(), static_cast<std::uint32_t>(triangles.size()),
+                      counts);
+    ExpectEqualCounts(counts, oracle::Discover(state, task, triangles).counts);
+  }
 }
 
 TEST(Discovery, ATriangleOutsideTheGridEntersNoList) {

@@ -230,21 +230,38 @@ TEST(ThreadsEnvironment, OnlyAPositiveNumberForces) {
   EXPECT_EQ(ForcedThreads("999999999999999"), 2147483647);
 }
 
-std::string GroupList(unsigned long& lps) {
-  std::string list;
-  lps = 0;
-  for (std::uint16_t group = 0; group < ActiveGroupCount(); ++group) {
-    list += (group == 0 ? "" : ",") + std::to_string(ActiveProcessorCount(group));
-    lps += ActiveProcessorCount(group);
-  }
-  return list;
+std::string Tail() {
+  const GroupList list = ListGroups(ActiveGroupCount(), ActiveProcessorCount);
+  return " | Windows: " + std::to_string(list.processors) + " LPs / " + std::to_string(ActiveGroupCount()) +
+         " groups (" + list.text + ")]";
 }
 
-std::string Tail() {
-  unsigned long lps = 0;
-  const std::string list = GroupList(lps);
-  return " | Windows: " + std::to_string(lps) + " LPs / " + std::to_string(ActiveGroupCount()) + " groups (" + list +
-         ")]";
+TEST(ThreadsEnvironment, GroupsAreListedInOrderUpToTheSixteenth) {
+  const auto none = ListGroups(0, [](std::uint16_t) { return 7u; });
+  EXPECT_STREQ(none.text, "");
+  EXPECT_EQ(none.processors, 0u);
+  const auto three = ListGroups(3, [](std::uint16_t group) { return group == 2 ? 32u : 64u - group; });
+  EXPECT_STREQ(three.text, "64,63,32");
+  EXPECT_EQ(three.processors, 159u);
+  const auto many = ListGroups(20, [](std::uint16_t group) { return 10u + group; });
+  EXPECT_STREQ(many.text, "10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25");
+  EXPECT_EQ(many.processors, 280u);
+  const auto wide = ListGroups(16, [](std::uint16_t) { return 4000000000u; });
+  EXPECT_EQ(std::strlen(wide.text), 95u);
+}
+
+TEST(ThreadsEnvironment, WhereNoPoolStartsTheLineTellsTheCapAlone) {
+  RJQ::StopPool();
+  ASSERT_TRUE(RJQ::StartPool(64, 1));  // a second one does not start
+  SetVariable("TLR2_THREADS", "3");
+  StartWorkerPool();
+  EXPECT_STREQ(threadsStatusLine, "[TLR2 threads = 3 (forced via TLR2_THREADS env var)]");
+  SetVariable("TLR2_THREADS", "0000000000000003");  // sixteen characters do not fit: unset
+  StartWorkerPool();
+  EXPECT_EQ(threadsStatusLine, "[TLR2 threads = default cap " + std::to_string(DefaultThreads(ActiveProcessorCount())) +
+                                   " (LPs minus producer)]");
+  RJQ::StopPool();
+  SetVariable("TLR2_THREADS", nullptr);
 }
 
 TEST(ThreadsEnvironment, TheCapIsNoDemand) {

@@ -1,0 +1,140 @@
+// What a frame chooses from the settings as they stand, and what it notes of itself, over the real kernels.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "api/state/driver_state.h"
+#include "kernels/tile_kernel.h"
+#include "platform/clock.h"
+#include "scratch_folder.h"
+#include "settings/occupancy.h"
+#include "settings/settings.h"
+#include "settings/stage_counters.h"
+#include "tiles/frame_tasks.h"
+#include "tiles/grid/grid.h"
+#include "tiles/render_frame.h"
+#include "tiles/runtime_config.h"
+
+namespace tlr2 {
+namespace {
+
+constexpr std::int32_t kSide = 64;
+
+class FrameChoices : public testing::Test {
+ protected:
+  void SetUp() override {
+    ResizeTileGrid(DriverStateInstance(), kSide, kSide);
+    ResetFrame(DriverStateInstance());
+    Settings().forceIsa = 0;
+    Settings().workerLimit = 0;
+  }
+  void TearDown() override { SetUp(); }
+
+  /// Covers the surface with depths that no two roundings share.
+  static void AddSlope() {
+    TriangleRecord t = {};
+    const float x[3] = {-3.3f, 201.7f, -5.9f}, y[3] = {-4.1f, -2.3f, 177.1f}, z[3] = {0.1f, 0.77f, 0.39f};
+    for (int i = 0; i < 3; ++i) {
+      t.x[i] = x[i];
+      t.y[i] = y[i];
+      t.z[i] = z[i];
+      t.invW[i] = 1.0f;
+    }
+    t.textureIndex = kNoTexture;
+    t.depthTest = t.depthWrite = 1;
+    DriverStateInstance().triangles.push_back(t);
+  }
+
+  std::vector<float> DepthsWith(TileKernelFn kernel) {
+    depth.assign(kSide * kSide, 1.0f);
+    Render({kernel, 0});
+    return depth;
+  }
+  void Render(FrameOverrides overrides = {}, RenderOptions options = {}) {
+    RenderFrameWith({depth.data(), color.data(), kSide, kSide, kSide * 4}, options, overrides);
+  }
+
+  std::vector<std::uint32_t> color = std::vector<std::uint32_t>(kSide * kSide, 0);
+  std::vector<float> depth = std::vector<float>(kSide * kSide, 1.0f);
+};
+
+TEST_F(FrameChoices, TheForcedTargetIsReadOnEachFrame) {
+  AddSlope();
+  if (IsaSupported(2)) {
+    EXPECT_NE(DepthsWith(tlr2_TileKernel_sse4), DepthsWith(tlr2_TileKernel_avx2));
+  }
+  for (const std::int32_t word : {1, 3, 0, 2, 4, 1, 5, -1}) {
+    const std::int32_t target = word >= 1 && word <= 4 && IsaSupported(word - 1) ? word - 1 : -1;
+    Settings().forceIsa = word;
+    EXPECT_EQ(DepthsWith(nullptr), DepthsWith(KernelForTarget(target))) << word;
+  }
+}
+
+TEST_F(FrameChoices, AFrameThatDrawsNothingNotesNothing) {
+  AddSlope();
+  Render();
+  EXPECT_EQ(LatestFrameStats().activeTasks, 1);
+  EXPECT_GT(LatestFrameStats().prepMs + LatestFrameStats().workersMs, 0.0);
+  ResetFrame(DriverStateInstance());
+  const FrameStats nothing = {};
+  const std::uint64_t prepared = StageCountersInstance().counts[6].load();
+  SetStageTiming(true);
+  Render();
+  EXPECT_EQ(std::memcmp(&LatestFrameStats(), &nothing, sizeof nothing), 0);
+  AddSlope();
+  Render();
+  EXPECT_EQ(StageCountersInstance().counts[6].load(), prepared + 1);
+  RenderFrameWith({}, {}, {});
+  SetStageTiming(false);
+  EXPECT_EQ(std::memcmp(&LatestFrameStats(), &nothing, sizeof nothing), 0);
+  EXPECT_EQ(StageCountersInstance().counts[6].load(), prepared + 1);
+}
+
+TEST_F(FrameChoices, OnlyTheStageOfPreparationKeepsTheTasksFromRunning) {
+  for (const std::int32_t cutoff : {-1, 2, 3, 4, 5, 6}) {
+    AddSlope();
+    RenderOptions options;
+    options.cutoff = cutoff;
+    Render({}, options);
+    EXPECT_EQ(LatestFrameStats().participants, cutoff == 3 ? 0u : 1u) << cutoff;
+  }
+}
+
+void SlowKernel(const KernelFrameArgs*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, const std::uint32_t*,
+                std::int32_t, float*) {
+  const std::int64_t until = TicksNow() + TicksPerSecond() / 10000;
+  while (TicksNow() < until) {
+  }
+}
+
+TEST_F(FrameChoices, TheLongestTimesAreThoseOfOneTask) {
+  AddSlope();
+  Render({SlowKernel, 4});
+  const FrameStats& stats = LatestFrameStats();
+  EXPECT_EQ(stats.participants, 4u);
+  EXPECT_GE(stats.longestRasterMs, stats.rasterMs / 4);
+  EXPECT_LT(stats.longestRasterMs, stats.rasterMs * 0.9);  // four tasks of sixteen tiles each
+  EXPECT_LE(stats.longestBinMs, stats.binMs);
+  EXPECT_GE(stats.workersMs, stats.rasterMs);  // one after another, on this thread
+  EXPECT_EQ(stats.spareMs, 0.0);
+}
+
+/// Tasks that began with themselves alone alive.
+unsigned long long TasksAlone() {
+  const std::string report = test::WrittenText(OccupancyReport);
+  const std::size_t line = report.find("  N=  1 : ");
+  return line == std::string::npos ? 0 : std::stoull(report.substr(line + 10));
+}
+
+TEST_F(FrameChoices, EachTaskIsCountedInAndOut) {
+  AddSlope();
+  const unsigned long long before = TasksAlone();
+  Render({nullptr, 3});
+  Render({nullptr, 2});
+  EXPECT_EQ(TasksAlone(), before + 5);
+}
+
+}  // namespace
+}  // namespace tlr2
