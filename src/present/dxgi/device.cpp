@@ -2,7 +2,6 @@
 #include <cfloat>
 #include <new>
 
-#include "capture/trace.h"
 #include "present/dxgi/dxgi_present.h"
 #include "present/postprocess.h"
 #include "present/shaders/post_process_shaders.h"
@@ -10,17 +9,9 @@
 namespace tlr2 {
 
 const char* failingStep = nullptr;
+HRESULT failingResult = E_FAIL;
 
 namespace {
-
-/// Runs a step; its failure is a trace line.
-template <typename Call>
-bool Step(const char* label, Call&& call) {
-  const HRESULT hr = TryStep(label, call);
-  if (SUCCEEDED(hr)) return true;
-  TraceCall("TLR2::DxgiPresent::Init", "(step=%s, hr=0x%08X)", label, static_cast<unsigned>(hr));
-  return false;
-}
 
 bool CreateDevice(PresentDevice& present) {
   const auto create = [&present](D3D_DRIVER_TYPE type) {
@@ -194,6 +185,7 @@ void DeviceShutdown(PresentDevice* present) {
     present->context->Flush();
   }
   ReleaseObject(present->rasterizer);
+  ReleaseFpsOverlay(present->overlay);
   ReleaseObject(present->constants);
   ReleaseObject(present->sampler);
   ReleaseObject(present->pixelShader);

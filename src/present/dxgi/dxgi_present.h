@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "capture/trace.h"
 #include "present/device.h"
+#include "present/dxgi/fps_overlay.h"
 
 namespace tlr2 {
 
@@ -30,6 +32,7 @@ struct PresentDevice {
   ID3D11SamplerState* sampler = nullptr;
   ID3D11Buffer* constants = nullptr;
   ID3D11RasterizerState* rasterizer = nullptr;
+  FpsOverlay overlay;
 
   std::int32_t stagingIndex = 0;
   bool mapped = false;
@@ -40,15 +43,26 @@ struct PresentDevice {
   UINT presentFlags = 0;
 };
 
-/// Tests name a step here, by its label, "Map" or "Present", to see what its failure does; null in the product.
+/// Tests name a step here, by its label, "Map", "Present" or "EndDraw", to see what its failure does; null in the
+/// product.
 extern const char* failingStep;
+extern HRESULT failingResult;
 
 /// The result of a step that a test may have made to fail.
 template <typename Call>
 HRESULT TryStep(const char* label, Call&& call) {
   if (failingStep != nullptr && std::strcmp(failingStep, label) == 0) [[unlikely]]
-    return E_FAIL;
+    return failingResult;
   return call();
+}
+
+/// Runs a step of making an object; its failure is a trace line.
+template <typename Call>
+bool Step(const char* label, Call&& call) {
+  const HRESULT hr = TryStep(label, call);
+  if (SUCCEEDED(hr)) return true;
+  TraceCall("TLR2::DxgiPresent::Init", "(step=%s, hr=0x%08X)", label, static_cast<unsigned>(hr));
+  return false;
 }
 
 template <typename Object>

@@ -80,6 +80,7 @@ bool DeviceBeginFrame(PresentDevice& present, std::uint32_t*& pixels, std::uint3
 
 bool DevicePresent(PresentDevice& present) {
   if (!PostProcessPass(present)) return false;
+  if (Settings().showFpsOverlay != 0) DrawFpsOverlay(present);
   if (overlayHook != nullptr && present.backBufferSurface != nullptr)
     overlayHook(present.backBufferSurface, present.windowWidth, present.windowHeight, overlayUser);
 
