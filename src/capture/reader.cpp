@@ -106,28 +106,28 @@ const char* StoreTextures(const std::vector<CaptureTexture>& entries, const std:
   return nullptr;
 }
 
-/// One frame record; null when it was appended.
-const char* ReadFrame(const Source& source, CaptureContents& out) {
+using FrameSink = std::function<void(CapturedFrame&&)>;
+
+/// One frame record; null when the sink has it.
+const char* ReadFrame(const Source& source, CaptureContents& out, const FrameSink& sink) {
   CaptureFrameHead head;
   if (!ReadBytes(source.file, &head, sizeof head)) return "short read on frame header";
   if (head.streamBytes > kFramePartByteLimit || head.blobBytes > kFramePartByteLimit ||
       head.referenceBytes > kFramePartByteLimit) {
     return "implausible frame record size";
   }
-  ByteVector stream, blob, reference;
-  if (!source.ReadBuffer(head.streamBytes, stream)) return "short read on frame stream";
-  if (!source.ReadBuffer(head.blobBytes, blob)) return "short read on frame blob";
-  if (!source.ReadBuffer(head.referenceBytes, reference)) return "short read on frame reference BGRA";
+  CapturedFrame frame;
+  if (!source.ReadBuffer(head.streamBytes, frame.stream)) return "short read on frame stream";
+  if (!source.ReadBuffer(head.blobBytes, frame.blob)) return "short read on frame blob";
+  if (!source.ReadBuffer(head.referenceBytes, frame.reference)) return "short read on frame reference BGRA";
   out.streamBytes += head.streamBytes;
   out.frameBlobBytes += head.blobBytes;
-  out.streams.push_back(std::move(stream));
-  out.blobs.push_back(std::move(blob));
-  out.references.push_back(std::move(reference));
+  sink(std::move(frame));
   return nullptr;
 }
 
 /// All of an open file; null on success.
-const char* ReadContents(std::FILE* file, CaptureContents& out) {
+const char* ReadContents(std::FILE* file, CaptureContents& out, const FrameSink& sink, std::size_t& frameCount) {
   CaptureHeader header;
   if (!ReadBytes(file, &header, sizeof header)) return "short read on header";
   if (header.magic0 != kCaptureMagic0 || header.magic1 != kCaptureMagic1) {
@@ -158,16 +158,17 @@ const char* ReadContents(std::FILE* file, CaptureContents& out) {
   if (!SeekTo(file, header.frameRecordsOffset)) return "seek failed on frame records";
   // A file that was never closed has as many frames as are whole.
   const bool recovering = header.frameCount == kCaptureOpen;
-  for (std::uint32_t frame = 0; frame < header.frameCount; ++frame) {
-    if (const char* error = ReadFrame(source, out); error != nullptr) {
+  while (frameCount < header.frameCount) {
+    if (const char* error = ReadFrame(source, out, sink); error != nullptr) {
       if (recovering) break;
       return error;
     }
+    ++frameCount;
   }
   if (recovering) {
     std::fprintf(stderr,
                  "tlr2_replay: NOTE: capture file had open-sentinel frameCount; recovered %zu frames by EOF scan\n",
-                 out.streams.size());
+                 frameCount);
   }
   return nullptr;
 }
@@ -195,8 +196,10 @@ bool SeekTo(std::FILE* file, std::uint64_t offset) noexcept {
 
 const char* LastCaptureError() noexcept { return lastError.load(std::memory_order_relaxed); }
 
-bool ReadCapture(const char* path, CaptureContents& out, const char** error) {
+bool ReadCaptureFrames(const char* path, CaptureContents& out, const char** error, const FrameSink& frame,
+                       std::size_t& frameCount) {
   out = CaptureContents();
+  frameCount = 0;
   const char* message = "cannot open file";
   if (std::FILE* file = std::fopen(path, "rb"); file != nullptr) {
     // Closes on the way out, also when memory runs out.
@@ -204,12 +207,22 @@ bool ReadCapture(const char* path, CaptureContents& out, const char** error) {
       std::FILE* file;
       ~Closer() { std::fclose(file); }
     } const closer{file};
-    message = ReadContents(file, out);
+    message = ReadContents(file, out, frame, frameCount);
   }
   if (message == nullptr) return true;
   lastError.store(message, std::memory_order_relaxed);
   if (error != nullptr) *error = message;
   return false;
+}
+
+bool ReadCapture(const char* path, CaptureContents& out, const char** error) {
+  const auto keep = [&out](CapturedFrame&& frame) {
+    out.streams.push_back(std::move(frame.stream));
+    out.blobs.push_back(std::move(frame.blob));
+    out.references.push_back(std::move(frame.reference));
+  };
+  std::size_t frameCount = 0;
+  return ReadCaptureFrames(path, out, error, keep, frameCount);
 }
 
 bool VerifyCaptureRoundTrip(const char* path, const CommandStream& stream, const DriverState& state,

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <vector>
 
 #include "api/state/command_stream.h"
@@ -29,6 +30,14 @@ struct CaptureContents {
 /// Reads the file at `path`. On failure `out` keeps what was loaded so far, and the message, a static string, is stored
 /// through `error` unless that is null. What the records hold is not looked at: see ValidateCapture.
 bool ReadCapture(const char* path, CaptureContents& out, const char** error);
+/// The buffers of one frame record.
+struct CapturedFrame {
+  ByteVector stream, blob, reference;
+};
+/// The same for files larger than memory: each frame goes to `frame` as it is read, and `out` keeps none. Returns how
+/// many there were through `frameCount`, also on failure.
+bool ReadCaptureFrames(const char* path, CaptureContents& out, const char** error,
+                       const std::function<void(CapturedFrame&&)>& frame, std::size_t& frameCount);
 /// The message of the last read that failed; null before the first.
 const char* LastCaptureError() noexcept;
 /// Whether the file at `path` holds one frame, and that frame, keyframe and textures are the ones given, byte for byte.

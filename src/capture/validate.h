@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 
 #include "capture/reader.h"
 
@@ -20,5 +21,32 @@ struct CaptureLimits {
 /// the frame and record where there is one. Reference pixels may be of any size in whole pixels: who compares them
 /// looks at the surface it drew.
 std::string ValidateCapture(const CaptureContents& contents, const CaptureLimits& limits = {});
+
+/// The same, frame by frame: the keyframe first, then each frame in order, until one has a fault.
+class CaptureCheck {
+ public:
+  explicit CaptureCheck(const CaptureLimits& limits = {}) : limits_(limits) {}
+
+  /// Surface, snapshot and textures. Keeps no reference to them.
+  std::string Keyframe(const CaptureContents& contents);
+  std::string Frame(const ByteVector& stream, const ByteVector& blob, const ByteVector& reference);
+
+ private:
+  bool Cover(std::int64_t width, std::int64_t height) noexcept;
+  std::string Snapshot(const StateSnapshot& snapshot);
+  std::string Textures(const std::vector<TextureObject>& textures);
+  std::string Record(const class RecordWalk& walk, const ByteVector& blob);
+  std::string Upload(const struct CmdTexImage2D& record);
+  std::string Deletion(const struct CmdDeleteTextures& record, const ByteVector& blob);
+  bool Hold(std::uint32_t name, std::uint64_t bytes);
+  std::string TooManyTexels() const;
+
+  CaptureLimits limits_;
+  std::size_t frame_ = 0;
+  std::int64_t width_ = 0, height_ = 0;  // of the surface that everything so far needs
+  std::uint32_t bound_ = 0;
+  std::uint64_t texelBytes_ = 0;
+  std::unordered_map<std::uint32_t, std::uint64_t> held_;  // texel bytes by texture name
+};
 
 }  // namespace tlr2

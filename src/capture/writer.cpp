@@ -7,8 +7,7 @@
 #include <vector>
 
 #include "api/accounting.h"
-#include "capture/blob_list.h"
-#include "capture/format.h"
+#include "capture/file_sections.h"
 #include "capture/frame_tick.h"
 
 namespace tlr2 {
@@ -31,67 +30,6 @@ struct CaptureWriter {
 
 CaptureWriter writer;
 char fileBuffer[kFileBufferBytes];
-
-bool WriteBytes(std::FILE* file, const void* data, std::uint64_t size) noexcept {
-  return size == 0 || std::fwrite(data, 1, static_cast<std::size_t>(size), file) == size;
-}
-
-std::uint64_t Position(std::FILE* file) noexcept { return static_cast<std::uint64_t>(ftello(file)); }
-
-CaptureTexture TextureEntry(std::uint32_t slot, const TextureObject& object, std::uint32_t blobIndex) noexcept {
-  CaptureTexture entry = {};
-  entry.slot = slot;
-  entry.width = static_cast<std::uint32_t>(object.width);
-  entry.height = static_cast<std::uint32_t>(object.height);
-  entry.wrapS = object.wrapS;
-  entry.wrapT = object.wrapT;
-  entry.magFilter = object.magFilter;
-  entry.minFilter = object.minFilter;
-  entry.inUse = object.inUse != 0 ? 1 : 0;
-  entry.hasImage = object.hasImage != 0 ? 1 : 0;
-  entry.levelCount = object.levelCount;
-  std::memcpy(entry.levelWidth, object.levelWidth, sizeof entry.levelWidth);
-  std::memcpy(entry.levelHeight, object.levelHeight, sizeof entry.levelHeight);
-  std::memcpy(entry.levelPitch, object.levelPitch, sizeof entry.levelPitch);
-  std::memcpy(entry.levelTexelBytes, object.levelTexelBytes, sizeof entry.levelTexelBytes);
-  std::memcpy(entry.levelOffset, object.levelOffset, sizeof entry.levelOffset);
-  entry.blobIndex = blobIndex;
-  return entry;
-}
-
-// The sections in order; the header goes out twice, the second time with the positions that the first pass found.
-bool WriteStart(std::FILE* file, const StateSnapshot& snapshot, const std::vector<CaptureTexture>& textures,
-                BlobList& blobs, std::int32_t width, std::int32_t height) noexcept {
-  CaptureHeader header = {};
-  header.magic0 = kCaptureMagic0;
-  header.magic1 = kCaptureMagic1;
-  header.version = kCaptureVersion;
-  header.layoutHash = kCaptureLayoutHash;
-  header.frameCount = kCaptureOpen;
-  header.width = static_cast<std::uint32_t>(width);
-  header.height = static_cast<std::uint32_t>(height);
-  header.textureCount = static_cast<std::uint32_t>(textures.size());
-  header.blobCount = static_cast<std::uint32_t>(blobs.table.size());
-  if (!WriteBytes(file, &header, sizeof header)) return false;
-  header.keyframeOffset = Position(file);
-  if (!WriteBytes(file, &snapshot, sizeof snapshot)) return false;
-  header.textureTableOffset = Position(file);
-  if (!WriteBytes(file, textures.data(), textures.size() * sizeof(CaptureTexture))) return false;
-  header.blobTableOffset = Position(file);
-  std::uint64_t payloadOffset = header.blobTableOffset + blobs.table.size() * sizeof(CaptureBlob);
-  for (CaptureBlob& blob : blobs.table) {
-    blob.offset = payloadOffset;
-    payloadOffset += blob.size;
-  }
-  if (!WriteBytes(file, blobs.table.data(), blobs.table.size() * sizeof(CaptureBlob))) return false;
-  header.blobPayloadOffset = Position(file);
-  for (const auto& payload : blobs.payloads) {
-    if (!WriteBytes(file, payload.data(), payload.size())) return false;
-  }
-  header.frameRecordsOffset = Position(file);
-  if (std::fseek(file, 0, SEEK_SET) != 0 || !WriteBytes(file, &header, sizeof header)) return false;
-  return std::fseek(file, 0, SEEK_END) == 0;
-}
 
 }  // namespace
 
@@ -118,19 +56,10 @@ bool BeginCaptureIfDue(const DriverState& clone, const StateSnapshot& snapshot, 
   const std::int32_t frame = currentFrame.load(std::memory_order_relaxed);
   if (first < 0 || frame < first || frame > captureLastFrame.load(std::memory_order_relaxed)) return true;
   if (writer.file != nullptr || writer.name[0] == '\0') return true;
-  BlobList blobs;
-  std::vector<CaptureTexture> textures;
-  textures.reserve(clone.textureTable.size());
-  for (std::uint32_t slot = 0; slot < clone.textureTable.size(); ++slot) {
-    const TextureObject& object = clone.textureTable[slot];
-    const std::uint32_t blob =
-        blobs.Add(kBlobKindTexels, object.pixels.data(), std::uint64_t{object.pixels.size()} * 4);
-    textures.push_back(TextureEntry(slot, object, blob));
-  }
   std::FILE* file = std::fopen(writer.name, "wb");
   if (file == nullptr) return false;
   std::setvbuf(file, fileBuffer, _IOFBF, sizeof fileBuffer);
-  if (!WriteStart(file, snapshot, textures, blobs, width, height)) {
+  if (!WriteCaptureStart(file, snapshot, clone.textureTable, width, height)) {
     std::fclose(file);
     return false;
   }
@@ -141,13 +70,8 @@ bool BeginCaptureIfDue(const DriverState& clone, const StateSnapshot& snapshot, 
 
 void WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uint64_t pixelBytes) {
   if (writer.file == nullptr) return;
-  const CaptureFrameHead head = {job.stream.bytes.size(), job.stream.blob.size(), pixels != nullptr ? pixelBytes : 0};
-  if (!WriteBytes(writer.file, &head, sizeof head) ||
-      !WriteBytes(writer.file, job.stream.bytes.data(), head.streamBytes) ||
-      !WriteBytes(writer.file, job.stream.blob.data(), head.blobBytes) ||
-      !WriteBytes(writer.file, pixels, head.referenceBytes)) {
+  if (!WriteFrameRecord(writer.file, job.stream.bytes, job.stream.blob, pixels, pixels != nullptr ? pixelBytes : 0))
     return;
-  }
   // A killed process then loses no whole frame.
   std::fflush(writer.file);
   ++writer.frameCount;
@@ -155,7 +79,7 @@ void WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uin
 
 void CloseCaptureFile(std::FILE* file, std::uint32_t frameCount) noexcept {
   std::fflush(file);
-  if (std::fseek(file, 16, SEEK_SET) == 0) WriteBytes(file, &frameCount, sizeof frameCount);
+  WriteFrameCount(file, frameCount);
   std::fclose(file);
 }
 
@@ -168,7 +92,7 @@ bool FinishCaptureRange(std::int32_t frame) noexcept {
     CloseCaptureFile(writer.file, writer.frameCount);
     std::uint64_t size = 0;
     if (std::FILE* finished = std::fopen(writer.name, "rb"); finished != nullptr) {
-      if (fseeko(finished, 0, SEEK_END) == 0) size = Position(finished);
+      if (fseeko(finished, 0, SEEK_END) == 0) size = static_cast<std::uint64_t>(ftello(finished));
       std::fclose(finished);
     }
     std::memcpy(writer.latest.path, writer.name, sizeof writer.name);

@@ -1,0 +1,144 @@
+// recover: a closed file from one that was never closed or that was cut.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "capture/file_sections.h"
+#include "capture/record_walk.h"
+#include "capture/validate.h"
+#include "tlr2_replay/console.h"
+#include "tlr2_replay/load.h"
+#include "tlr2_replay/options.h"
+#include "tlr2_replay/output_file.h"
+
+namespace tlr2::tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// The reader came to the frames before it stopped.
+bool IsFrameFault(const char* message) noexcept {
+  return std::strncmp(message, "short read on frame ", 20) == 0 ||
+         std::strcmp(message, "implausible frame record size") == 0;
+}
+
+/// Every frame that the driver wrote ends with the frame-end record. Zeros that a crashed system left behind a file
+/// read as frames too, but as frames of nothing.
+bool EndsWithSwap(const ByteVector& stream) noexcept {
+  bool swap = false;
+  RecordWalk walk(stream);
+  while (walk.Next()) swap = walk.Is(Cmd::SwapBuffers);
+  return walk.Whole() && swap;
+}
+
+struct Recovery {
+  std::uint64_t fileBytes = 0, keptBytes = 0;
+  std::uint32_t frames = 0;
+  bool stopped = false;  // at a frame that cannot be kept
+  std::string reason;    // why the frames end where they do; empty when nothing was wrong
+};
+
+Recovery Survey(const std::string& path, const CaptureHeader& header) {
+  Recovery result;
+  result.keptBytes = header.frameRecordsOffset;
+  CaptureContents contents;
+  CaptureCheck check;
+  const auto look = [&](CapturedFrame&& frame) {
+    StopIfInterrupted();
+    if (result.stopped) return;
+    if (result.frames == 0) {
+      if (const std::string fault = check.Keyframe(contents); !fault.empty()) {
+        throw CommandFailure{kRefused, path + ": " + fault};
+      }
+    }
+    std::string fault = check.Frame(frame.stream, frame.blob, frame.reference);
+    if (fault.empty() && !EndsWithSwap(frame.stream)) {
+      fault = Format("frame %u: does not end with the frame's end", static_cast<unsigned>(result.frames));
+    }
+    if (!fault.empty()) {
+      result.stopped = true;
+      result.reason = fault;
+      return;
+    }
+    ++result.frames;
+    result.keptBytes += sizeof(CaptureFrameHead) + frame.stream.size() + frame.blob.size() + frame.reference.size();
+  };
+  const char* error = nullptr;
+  std::size_t count = 0;
+  if (!ReadCaptureFrames(path.c_str(), contents, &error, look, count)) {
+    if (!IsFrameFault(error)) throw CommandFailure{kRefused, path + ": " + error};
+    if (!result.stopped) result.reason = error;
+  } else if (count == 0) {
+    if (const std::string fault = check.Keyframe(contents); !fault.empty()) {
+      throw CommandFailure{kRefused, path + ": " + fault};
+    }
+  }
+  return result;
+}
+
+void CopyKept(const std::string& from, const Recovery& recovery, OutputFile& out) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> in(std::fopen(from.c_str(), "rb"), std::fclose);
+  std::vector<std::uint8_t> buffer(1u << 20);
+  std::uint64_t left = recovery.keptBytes;
+  Progress progress("bytes", recovery.keptBytes);
+  while (left != 0) {
+    StopIfInterrupted();
+    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(left, buffer.size()));
+    if (in == nullptr || !ReadBytes(in.get(), buffer.data(), size)) {
+      throw CommandFailure{kFailed, "cannot read '" + from + "' again"};
+    }
+    out.Write(buffer.data(), size);
+    left -= size;
+    progress.Show(recovery.keptBytes - left);
+  }
+  if (!WriteFrameCount(out.file(), recovery.frames)) throw CommandFailure{kFailed, "cannot write the frame count"};
+}
+
+void Print(const Recovery& r, bool wasClosed, bool json) {
+  const std::uint64_t dropped = r.fileBytes - r.keptBytes;
+  if (json) {
+    const Json out = {{"frames", r.frames},
+                      {"bytesKept", r.keptBytes},
+                      {"bytesDropped", dropped},
+                      {"wasClosed", wasClosed},
+                      {"reason", r.reason.empty() ? Json() : Json(r.reason)}};
+    std::printf("%s\n", out.dump(2).c_str());
+    return;
+  }
+  std::printf("kept: %u frames, %llu bytes\ndropped: %llu bytes%s%s\nwas closed: %s\n", static_cast<unsigned>(r.frames),
+              static_cast<unsigned long long>(r.keptBytes), static_cast<unsigned long long>(dropped),
+              r.reason.empty() ? "" : ": ", r.reason.c_str(), wasClosed ? "yes" : "no");
+}
+
+}  // namespace
+
+int RunRecover(const Words& words) {
+  CommandLine line("recover");
+  std::string from, to;
+  line.app.add_option("IN", from, "Capture file that was not closed, or was cut")->required();
+  line.app.add_option("OUT", to, "File to write")->required();
+  line.AddJson();
+  if (const auto code = line.Parse(words)) return *code;
+
+  CheckBlobSizes(from);
+  std::uint64_t fileBytes = 0;
+  const std::optional<CaptureHeader> header = PeekHeader(from, fileBytes);
+  // Without a header there are no frames either: the reader then says what is wrong.
+  Recovery recovery = Survey(from, header.value_or(CaptureHeader{}));
+  recovery.fileBytes = fileBytes;
+  const bool wasClosed = header->frameCount != kCaptureOpen;
+  if (recovery.reason.empty() && !wasClosed && recovery.keptBytes < fileBytes) recovery.reason = "a frame cut short";
+  if (recovery.reason.empty() && recovery.keptBytes < fileBytes) recovery.reason = "bytes behind the last frame";
+
+  OutputFile out(to);
+  CopyKept(from, recovery, out);
+  out.Close();
+  const CaptureContents again = LoadCapture(out.partPath());
+  if (again.streams.size() != recovery.frames) throw CommandFailure{kFailed, "the recovered file reads differently"};
+  out.Keep();
+  Print(recovery, wasClosed, line.json);
+  return kDone;
+}
+
+}  // namespace tlr2::tool
