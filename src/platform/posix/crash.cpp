@@ -2,38 +2,47 @@
 #include "platform/crash.h"
 
 #include <csignal>
-#include <cstdlib>
+
+#include "platform/fault_turn.h"
+#include "platform/posix/fault_stack.h"
+#include "platform/thread_block.h"
 
 namespace tlr2 {
 namespace {
 
 constexpr int kFaults[] = {SIGSEGV, SIGBUS, SIGILL};
-constexpr std::size_t kAlternateStackBytes = 256 * 1024;
 
 void (*crashObserver)() = nullptr;
 struct sigaction previousAction[3];
+constinit FaultTurn turn;
+// Of the loading thread, for good: the handlers outlive every end of the library.
+alignas(16) char loadingThreadsFaultStack[kFaultStackBytes];
 
-void OnFault(int signalNumber, siginfo_t*, void*) {
-  // Put the earlier disposition back first: a second fault inside the observer must not come here again, and the
-  // faulting instruction runs again on return and then meets it.
-  for (int i = 0; i < 3; ++i) {
-    if (kFaults[i] == signalNumber) sigaction(signalNumber, &previousAction[i], nullptr);
+void PassOn(int signalNumber, siginfo_t* info, void* context, const struct sigaction& previous) {
+  if ((previous.sa_flags & SA_SIGINFO) != 0) return previous.sa_sigaction(signalNumber, info, context);
+  const bool sent = info->si_code <= 0;
+  if (previous.sa_handler == SIG_IGN && sent) return;
+  if (previous.sa_handler != SIG_DFL && previous.sa_handler != SIG_IGN) return previous.sa_handler(signalNumber);
+  // The faulting instruction runs again on return and meets the system's own action; a signal that was sent has none.
+  sigaction(signalNumber, &previous, nullptr);
+  if (sent) raise(signalNumber);
+}
+
+void OnFault(int signalNumber, siginfo_t* info, void* context) {
+  if (turn.Take(reinterpret_cast<std::uintptr_t>(&CurrentThreadGuard()))) {
+    crashObserver();
+    turn.Give();
   }
-  crashObserver();
+  for (int i = 0; i < 3; ++i) {
+    if (kFaults[i] == signalNumber) return PassOn(signalNumber, info, context, previousAction[i]);
+  }
 }
 
 }  // namespace
 
 void InstallCrashObserver(void (*observer)()) noexcept {
   crashObserver = observer;
-  // A stack overflow leaves no stack to handle it on; the loading thread gets an alternate one for good.
-  stack_t present = {};
-  if (sigaltstack(nullptr, &present) == 0 && (present.ss_flags & SS_DISABLE) != 0) {
-    stack_t stack = {};
-    stack.ss_sp = std::malloc(kAlternateStackBytes);
-    stack.ss_size = kAlternateStackBytes;
-    if (stack.ss_sp != nullptr) sigaltstack(&stack, nullptr);
-  }
+  SetFaultStack(loadingThreadsFaultStack);
   struct sigaction action = {};
   action.sa_sigaction = OnFault;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;

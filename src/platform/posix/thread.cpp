@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/posix/fault_stack.h"
 #include "platform/posix/processor_groups.h"
 
 namespace tlr2 {
@@ -31,7 +32,11 @@ std::atomic<std::uint32_t> lastThreadId{0};
 void* RunThread(void* pointer) {
   const StartArgument start = *static_cast<StartArgument*>(pointer);
   delete static_cast<StartArgument*>(pointer);
+  // At the far end of the thread's own stack, so that it lives and goes with it.
+  alignas(16) char faultStack[kFaultStackBytes];
+  const bool given = SetFaultStack(faultStack);
   start.main(start.argument);
+  if (given) DropFaultStack();
   return nullptr;
 }
 

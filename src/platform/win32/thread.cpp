@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "platform/win32/fault_stack.h"
+
 namespace tlr2 {
 
 namespace {
@@ -16,6 +18,7 @@ struct StartArgument {
 DWORD WINAPI RunThread(void* pointer) {
   const StartArgument start = *static_cast<StartArgument*>(pointer);
   HeapFree(GetProcessHeap(), 0, pointer);
+  KeepStackForFaults();
   start.main(start.argument);
   return 0;
 }

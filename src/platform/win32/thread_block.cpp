@@ -8,6 +8,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/win32/fault_stack.h"
+
 namespace tlr2 {
 
 constinit std::atomic<std::uint32_t> detail::threadSlotOffset{0};
@@ -56,6 +58,7 @@ __attribute__((noinline)) ThreadGuard& ReachSlowly() noexcept {
       // Not freed when the thread ends: the library hears of no thread's end, and the block is a few words.
       guard = static_cast<ThreadGuard*>(HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, sizeof(ThreadGuard)));
       if (guard != nullptr) TlsSetValue(index, guard);
+      KeepStackForFaults();  // of every thread that comes into the driver, once
     }
   }
   SetLastError(error);
