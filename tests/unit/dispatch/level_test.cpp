@@ -38,6 +38,15 @@ TEST(Dispatch, EachMissingServerSetFallsBackToAvx2) {
   }
 }
 
+TEST(Dispatch, WideVectorsWithoutAvx2CountAsAvx) {
+  CpuFacts facts = Server();
+  facts.leaf7Ebx &= ~kAvx2;
+  EXPECT_EQ(KernelLevel(facts), 3);
+  facts = Server();
+  facts.leaf1Ecx &= ~kOsxsave;
+  EXPECT_EQ(KernelLevel(facts), 2);
+}
+
 TEST(Dispatch, EachUnsavedRegisterFileFallsBackToAvx2) {
   for (const std::uint64_t bit : {0x20u, 0x40u, 0x80u}) {
     CpuFacts facts = Server();

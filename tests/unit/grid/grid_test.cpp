@@ -89,6 +89,14 @@ TEST(Grid, SameSizeKeepsListsBoundsAndPartitions) {
   EXPECT_EQ(state.partitions.size(), 2u);
 }
 
+TEST(Grid, TheStoredSizeIsBuiltWhereNoListsAre) {
+  DriverState state;
+  state.fbWidth = state.fbHeight = 64;
+  ResizeTileGrid(state, 64, 64);
+  EXPECT_EQ(state.tileLists.size(), 64u);
+  EXPECT_EQ(state.microCols, 8);
+}
+
 TEST(Grid, ARealResizeSetsEveryBoundToOneAndEmptiesLists) {
   DriverState state;
   ResizeTileGrid(state, 64, 64);
@@ -104,9 +112,11 @@ TEST(Grid, SurvivingListsKeepTheirStorage) {
   DriverState state;
   ResizeTileGrid(state, 64, 64);
   state.tileLists[0].reserve(1000);
+  state.tileLists[0].push_back(7);
   ResizeTileGrid(state, 32, 32);
   EXPECT_EQ(state.tileLists.size(), 16u);
   EXPECT_EQ(state.tileLists[0].capacity(), 1000u);
+  EXPECT_TRUE(state.tileLists[0].empty());
 }
 
 TEST(Grid, AfterAResizeTheFirstPartitionRebuildAlwaysHappens) {
@@ -233,6 +243,7 @@ TEST(Grid, RestoreWithoutASizeBuildsNothing) {
   RestoreTileGrid(state);
   EXPECT_EQ(state.microCols, 0);
   EXPECT_TRUE(state.tileLists.empty());
+  EXPECT_EQ(state.triangles.capacity(), 0u);
 }
 
 TEST(Grid, ResetEmptiesTheFrameAndKeepsStorageAndBounds) {

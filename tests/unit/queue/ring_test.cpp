@@ -1,4 +1,5 @@
 // The ring: claiming, retiring, back-pressure, barriers, shutdown, ticket arithmetic, and the stale worker.
+#include "platform/sync.h"
 #include "private_queue.h"
 #include "scoped_environment.h"
 
@@ -261,6 +262,23 @@ TEST(Queue, WorkersStartedAsleepWakeForWork) {
     WaitIdle(*queue);
   }
   EXPECT_EQ(runs[0].load(), 50);
+}
+
+TEST(Queue, WorkersThatSeeATicketWithoutItsJobWaitForTheJob) {
+  const tlr2::test::ScopedEnvironment spin("TLR2_RJQ_IDLE_SPIN_US", "0");
+  const OwnedQueue queue = MakeQueue(2);
+  // As between a producer's first step and its last: the ticket is taken, the slot not yet filled.
+  queue->tail.fetch_add(1);
+  queue->wake.fetch_add(1);
+  tlr2::WakeAllOnWord(queue->wake);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the workers look at the slot and fall asleep
+  queue->tail.fetch_sub(1);
+  std::vector<std::atomic<int>> runs(1);
+  Enqueue(*queue, kTaskJob, Tasks(1), CountIndex, runs.data());
+  EXPECT_TRUE(Eventually([&] { return queue->head.load() == 1; }));
+  tlr2::WakeAllOnWord(queue->head);  // whoever sleeps there after all
+  WaitIdle(*queue);
+  EXPECT_EQ(runs[0].load(), 1);
 }
 
 TEST(Queue, SeveralProducersShareTheRing) {
