@@ -1,5 +1,5 @@
-// 64-bit shared counters. The 32-bit target has no locked 64-bit add, so a sum is a compare-and-swap loop on all 64
-// bits. The order is relaxed: a counter publishes nothing but itself.
+// 64-bit shared counters. The 32-bit target has no locked 64-bit add, so there a sum is a compare-and-swap loop on all
+// 64 bits. The order is relaxed: a counter publishes nothing but itself.
 #pragma once
 
 #include <atomic>
@@ -23,9 +23,13 @@ inline std::uint64_t CounterGuess(const Counter64& counter) noexcept {
 }
 
 inline void CounterAdd(Counter64& counter, std::uint64_t amount) noexcept {
+#if UINTPTR_MAX == 0xFFFFFFFFu
   std::uint64_t seen = CounterGuess(counter);
   while (!counter.compare_exchange_weak(seen, seen + amount, std::memory_order_relaxed, std::memory_order_relaxed)) {
   }
+#else
+  counter.fetch_add(amount, std::memory_order_relaxed);
+#endif
 }
 
 inline void CounterRaise(Counter64& counter, std::uint64_t value) noexcept {
