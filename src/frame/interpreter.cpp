@@ -25,6 +25,7 @@ struct WalkCounts {
   std::uint64_t records = 0;
   std::uint64_t vertices = 0;
   std::uint64_t payloadBytes = 0;
+  std::size_t images = 0;  // of the stream's converted images, those that the walk has passed
 };
 
 /// Part of the blob that a record names, or null when it does not lie in the blob whole: then the record acts as one
@@ -33,6 +34,18 @@ const std::uint8_t* BlobRange(const CommandStream& stream, std::uint64_t offset,
   const std::uint64_t total = stream.blob.size();
   if (size == 0 || offset > total || size > total - offset) return nullptr;
   return stream.blob.data() + offset;
+}
+
+/// The image that the entry made of the record's pixels, or null.
+const ConvertedImage* ConvertedOf(const CommandStream& stream, const CmdTexImage2D& r, WalkCounts& counts) noexcept {
+  const std::vector<ConvertedImage>& images = stream.images;
+  while (counts.images < images.size() && images[counts.images].blobOffset < r.blobOffset) ++counts.images;
+  if (counts.images == images.size()) return nullptr;
+  const ConvertedImage& image = images[counts.images];
+  const bool same = image.blobOffset == r.blobOffset && image.blobSize == r.blobSize && image.hash == r.hash &&
+                    image.width == r.width && image.height == r.height && image.format == r.format &&
+                    image.type == r.type;
+  return same ? &image : nullptr;
 }
 
 /// No application generates this many names; a damaged capture would take the memory of a 32-bit process for them,
@@ -218,6 +231,10 @@ void Execute(DriverState& state, const CommandStream& stream, std::uint32_t id, 
       TLR2_READ(TexImage2D);
       counts.payloadBytes += r.blobSize;
       const std::uint8_t* payload = BlobRange(stream, r.blobOffset, r.blobSize);
+      if (const ConvertedImage* image = ConvertedOf(stream, r, counts); image != nullptr && payload != nullptr) {
+        UploadConvertedImage(state, r.target, r.level, *image);
+        break;
+      }
       UploadImage(state, r.target, r.level, r.width, r.height, r.format, r.type, payload,
                   payload == nullptr ? 0 : static_cast<std::uint64_t>(r.blobSize), Touch::kSkip);
       break;

@@ -63,7 +63,7 @@ void GenerateLevel(TexelVector& pixels, std::uint32_t sourceOffset, std::uint32_
   }
 }
 
-void BuildMipChain(TextureObject& object) {
+std::size_t LayOutLevels(TextureObject& object) {
   auto w = static_cast<std::uint32_t>(object.width), h = static_cast<std::uint32_t>(object.height);
   std::uint64_t offset = 0;  // texels
   std::uint32_t count = 0;
@@ -88,8 +88,12 @@ void BuildMipChain(TextureObject& object) {
   }
   object.levelCount = count;
   if (offset > TexelVector::kLimit) throw std::length_error("vector too long");
-  object.pixels.resize(static_cast<std::size_t>(offset));
-  for (std::uint32_t i = 1; i < count; ++i) {
+  return static_cast<std::size_t>(offset);
+}
+
+void BuildMipChain(TextureObject& object) {
+  object.pixels.resize(LayOutLevels(object));
+  for (std::uint32_t i = 1; i < object.levelCount; ++i) {
     GenerateLevel(object.pixels, object.levelOffset[i - 1], object.levelWidth[i - 1], object.levelHeight[i - 1],
                   object.levelOffset[i], object.levelWidth[i], object.levelHeight[i]);
   }

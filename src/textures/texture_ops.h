@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "api/state/command_stream.h"
 #include "api/state/driver_state.h"
 
 namespace tlr2 {
@@ -27,6 +28,8 @@ void SetTextureParameter(DriverState& state, GLenum target, GLenum pname, GLint 
 /// `payload` null: opaque black. `payloadBytes` bounds what is read: a row that does not fit ends the conversion.
 void UploadImage(DriverState& state, GLenum target, GLint level, GLsizei width, GLsizei height, GLenum format,
                  GLenum type, const std::uint8_t* payload, std::uint64_t payloadBytes, Touch touch);
+/// UploadImage where the texels of the whole mip chain have been made before, by the same call with the same pixels.
+void UploadConvertedImage(DriverState& state, GLenum target, GLint level, const ConvertedImage& image);
 void UploadSubImage(DriverState& state, GLenum target, GLint level, GLint xoffset, GLint yoffset, GLsizei width,
                     GLsizei height, GLenum format, GLenum type, const std::uint8_t* payload, std::uint64_t payloadBytes,
                     Touch touch);
@@ -34,6 +37,8 @@ void UploadSubImage(DriverState& state, GLenum target, GLint level, GLint xoffse
 /// Converts `count` pixels to 0xAARRGGBB; false, with nothing written, for an unknown format or type.
 bool ConvertPixelRow(GLenum format, GLenum type, const std::uint8_t* source, std::uint32_t* destination,
                      std::int32_t count) noexcept;
+/// Fills in the level arrays from the object's size; returns the texels of all levels.
+std::size_t LayOutLevels(TextureObject& object);
 /// Lays out the levels and fills them from level 0.
 void BuildMipChain(TextureObject& object);
 /// Offsets in bytes into `pixels`.

@@ -83,6 +83,17 @@ void UploadImage(DriverState& state, GLenum target, GLint level, GLsizei width, 
   object->hasImage = 1;
 }
 
+void UploadConvertedImage(DriverState& state, GLenum target, GLint level, const ConvertedImage& image) {
+  if (target != gl::kTexture2D || image.width < 1 || image.height < 1) return;
+  TextureObject* object = CurrentTextureObject(state);
+  if (object == nullptr || level != 0) return;
+  object->pixels = image.texels;
+  object->width = image.width;
+  object->height = image.height;
+  LayOutLevels(*object);
+  object->hasImage = 1;
+}
+
 void UploadSubImage(DriverState& state, GLenum target, GLint level, GLint xoffset, GLint yoffset, GLsizei width,
                     GLsizei height, GLenum format, GLenum type, const std::uint8_t* payload, std::uint64_t payloadBytes,
                     Touch touch) {

@@ -40,12 +40,14 @@ bool Recording() noexcept { return !CurrentThreadGuard().suppress && RecordingEn
 void SwapStreams(CommandStream& a, CommandStream& b) noexcept {
   a.bytes.Swap(b.bytes);
   a.blob.Swap(b.blob);
+  a.images.swap(b.images);
   std::swap(a.baseSequence, b.baseSequence);
 }
 
 void EmptyStream(CommandStream& stream) noexcept {
   stream.bytes.clear();
   stream.blob.clear();
+  stream.images.clear();
 }
 
 void StartCapturedFrame(const Surface& surface) {
@@ -121,11 +123,13 @@ bool BuildForReadBack() {
   const std::uint32_t baseSequence = live.baseSequence;
   live.bytes.Swap(job.stream.bytes);
   live.blob.Swap(job.stream.blob);
+  live.images.swap(job.stream.images);
   job.stream.baseSequence = baseSequence;
   const bool built = RunFrameBuild(job, true);
   EmptyStream(job.stream);
   live.bytes.Swap(job.stream.bytes);
   live.blob.Swap(job.stream.blob);
+  live.images.swap(job.stream.images);
   live.baseSequence = baseSequence;
   return built;
 }

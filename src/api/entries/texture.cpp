@@ -18,9 +18,10 @@ std::size_t BlobBytes(std::uint64_t bytes) {
   return static_cast<std::size_t>(bytes);
 }
 
-/// Appends an upload's record with its pixels in the blob. The record takes its place before the blob grows.
+/// Appends an upload's record with its pixels in the blob; returns the record. It takes its place before the blob
+/// grows.
 template <typename Record>
-void AppendUpload(Record record, const void* pixels, std::uint64_t payload) {
+Record AppendUpload(Record record, const void* pixels, std::uint64_t payload) {
   CommandStream& stream = CommandStreamInstance();
   std::uint8_t* place = stream.bytes.GrowUninitialized(sizeof(Record));
   if (payload != 0) {
@@ -30,6 +31,21 @@ void AppendUpload(Record record, const void* pixels, std::uint64_t payload) {
     record.hash = Fnv1a(pixels, size);
   }
   std::memcpy(place, &record, sizeof record);
+  return record;
+}
+
+/// Kept images hold their memory until the frame's end, so only those of the blob's first part are: a frame that loads
+/// a whole level converts the rest twice.
+constexpr std::uint64_t kKeptBlobBytes = 16u << 20;
+
+/// Keeps what the record's pixels became in the bound object, for the replay of the record.
+void KeepUploadedImage(DriverState& state, const CmdTexImage2D& record) {
+  if (record.target != gl::kTexture2D || record.level != 0 || record.blobSize == 0) return;
+  if (record.blobOffset + record.blobSize > kKeptBlobBytes) return;
+  const TextureObject* object = CurrentTextureObject(state);
+  if (object == nullptr || object->hasImage == 0) return;
+  KeepImage(CommandStreamInstance(), {record.blobOffset, record.blobSize, record.hash, record.width, record.height,
+                                      record.format, record.type, object->pixels});
 }
 
 }  // namespace
@@ -80,18 +96,20 @@ void TLR2_STDCALL glTexImage2D(GLenum target, GLint level, GLint internalformat,
   const ThreadGuard& guard =
       enter::glTexImage2D(target, level, internalformat, width, height, border, format, type, pixels);
   const std::uint64_t payload = PayloadBytes(format, width, height, pixels != nullptr);
-  if (Records(guard))
-    AppendUpload(CmdTexImage2D{.target = target,
-                               .level = level,
-                               .internalformat = internalformat,
-                               .width = width,
-                               .height = height,
-                               .border = border,
-                               .format = format,
-                               .type = type},
-                 pixels, payload);
-  UploadImage(DriverStateInstance(), target, level, width, height, format, type,
-              static_cast<const std::uint8_t*>(pixels), payload, Touch::kNote);
+  CmdTexImage2D record{.target = target,
+                       .level = level,
+                       .internalformat = internalformat,
+                       .width = width,
+                       .height = height,
+                       .border = border,
+                       .format = format,
+                       .type = type};
+  const bool records = Records(guard);
+  if (records) record = AppendUpload(record, pixels, payload);
+  DriverState& state = DriverStateInstance();
+  UploadImage(state, target, level, width, height, format, type, static_cast<const std::uint8_t*>(pixels), payload,
+              Touch::kNote);
+  if (records) KeepUploadedImage(state, record);
 }
 
 void TLR2_STDCALL glTexSubImage2D(GLenum target, GLint level, GLint xoffset, GLint yoffset, GLsizei width,

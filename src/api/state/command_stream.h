@@ -4,8 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "base/growing_vector.h"
+#include "records/texture.h"
 
 namespace tlr2 {
 
@@ -14,10 +17,21 @@ using ByteVector = GrowingVector<std::uint8_t, 0x7FFFFFFF>;
 inline constexpr std::size_t kStreamReserve = 4194304;
 inline constexpr std::size_t kBlobReserve = 8388608;
 
+/// What the pixels of a recorded upload became: the replay of the record shares the texels instead of making them
+/// again. Valid for the bytes that stand in the blob.
+struct ConvertedImage {
+  std::uint64_t blobOffset, blobSize;
+  std::uint32_t hash;  // of the record
+  std::int32_t width, height;
+  std::uint32_t format, type;
+  TexelVector texels;  // the whole mip chain
+};
+
 struct CommandStream {
   ByteVector bytes;
   ByteVector blob;
-  std::uint32_t baseSequence = 0;  // the swaps carry it through; nothing else writes it
+  std::vector<ConvertedImage> images;  // in the order of the records; not all uploads have one
+  std::uint32_t baseSequence = 0;      // the swaps carry it through; nothing else writes it
 };
 
 /// The stream as built at load: with room for a normal frame.
@@ -41,6 +55,12 @@ inline std::uint8_t* StreamAppend(CommandStream& stream, std::size_t size) {
   std::uint8_t* record = stream.bytes.GrowUninitialized(size);
   std::memset(record, 0, size);
   return record;
+}
+
+/// Keeps an image. Those that stand at or behind its place in the blob were of a stream that has been emptied.
+inline void KeepImage(CommandStream& stream, ConvertedImage image) {
+  while (!stream.images.empty() && stream.images.back().blobOffset >= image.blobOffset) stream.images.pop_back();
+  stream.images.push_back(std::move(image));
 }
 
 /// Copies `size` bytes to the blob's end; returns their offset from the start of this frame's blob.

@@ -1,8 +1,11 @@
 // Texture entries: what they record and what they do to the table.
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "base/hash.h"
 #include "entry_fixture.h"
+#include "frame/replay.h"
 
 namespace tlr2 {
 namespace {
@@ -181,6 +184,95 @@ TEST_F(TexturesWithContext, ATextureMadeInAFrameIsMadeAgainByItsReplay) {
   EXPECT_EQ(object.wrapS, gl::kClamp);
   EXPECT_EQ(object.wrapT, gl::kRepeat);
   EXPECT_EQ(state().boundTexture, name);
+}
+
+/// Uploads, parts of uploads, deletions and dead calls in any order, on few names.
+void RandomTextureCalls(std::mt19937& random, int calls) {
+  const GLenum formats[] = {gl::kRgb, gl::kRgba, gl::kBgr, gl::kBgra, gl::kLuminance, gl::kAlpha, 0x190A};
+  std::vector<std::uint8_t> pixels(64 * 64 * 4);
+  const auto below = [&random](std::uint32_t n) { return static_cast<GLint>(random() % n); };
+  for (int i = 0; i < calls; ++i) {
+    for (auto& byte : pixels) byte = static_cast<std::uint8_t>(random());
+    const GLenum format = formats[below(7)], type = below(9) == 0 ? 0x1403 : gl::kUnsignedByte;
+    const GLenum target = below(9) == 0 ? 0x0DE0 : gl::kTexture2D;
+    const GLint level = below(9) == 0 ? 1 : 0, w = below(40), h = below(40);
+    switch (below(8)) {
+      case 0:
+        glBindTexture(gl::kTexture2D, static_cast<GLuint>(below(4)));
+        break;
+      case 1: {
+        const auto name = static_cast<GLuint>(below(4));
+        glDeleteTextures(1, &name);
+        break;
+      }
+      case 2:
+      case 3:
+        glTexSubImage2D(target, level, below(4), below(4), w / 2, h / 2, format, type, pixels.data());
+        break;
+      default:
+        glTexImage2D(target, level, 4, w, h, 0, format, type, below(9) == 0 ? nullptr : pixels.data());
+    }
+  }
+}
+
+/// What the kernels would see of the textures.
+std::vector<std::uint32_t> WordsOf(const std::vector<TextureObject>& table) {
+  std::vector<std::uint32_t> words;
+  for (const TextureObject& object : table) {
+    words.insert(words.end(), {static_cast<std::uint32_t>(object.width), static_cast<std::uint32_t>(object.height),
+                               object.inUse, object.hasImage, object.levelCount});
+    for (const auto* levels : {object.levelWidth, object.levelHeight, object.levelPitch, object.levelOffset})
+      words.insert(words.end(), levels, levels + kMaxLevels);
+    const TexelVector& pixels = object.pixels;
+    words.push_back(static_cast<std::uint32_t>(pixels.size()));
+    words.insert(words.end(), pixels.data(), pixels.data() + pixels.size());
+  }
+  return words;
+}
+
+TEST_F(Textures, AReplayThatSharesTheEntriesImagesLeavesWhatConvertingAgainLeaves) {
+  std::mt19937 random(8);
+  std::size_t shared = 0;
+  for (int round = 0; round < 60; ++round) {
+    TakeKeyframe();
+    RandomTextureCalls(random, 30);
+    Keyframe keyframe;
+    BuildKeyframe(keyframe);
+    const std::vector<std::uint32_t> mirror = WordsOf(state().textureTable);
+    CommandStream plain = stream();
+    EXPECT_GT(plain.images.size(), 1u);
+    plain.images.clear();
+    ReplayFrame(plain, &keyframe, false);
+    EXPECT_EQ(WordsOf(state().textureTable), mirror);
+    ReplayFrame(stream(), &keyframe, false);
+    EXPECT_EQ(WordsOf(state().textureTable), mirror);
+    for (const ConvertedImage& image : stream().images)
+      for (const TextureObject& object : std::as_const(state().textureTable))
+        shared += object.hasImage != 0 && object.pixels.data() == image.texels.data() ? 1u : 0u;
+    stream().bytes.clear();
+    stream().blob.clear();  // the images of a stream that was emptied so must not come back
+  }
+  EXPECT_GT(shared, 30u);
+}
+
+TEST_F(TexturesWithContext, ImagesEndWithTheirFrameAndWithARead) {
+  const std::uint8_t texels[16] = {};
+  const auto upload = [&] { glTexImage2D(gl::kTexture2D, 0, 4, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, texels); };
+  upload();
+  EXPECT_EQ(stream().images.size(), 1u);
+  wglSwapBuffers(window);
+  EXPECT_TRUE(stream().images.empty());
+  upload();
+  std::uint32_t pixel;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_TRUE(stream().images.empty());
+}
+
+TEST_F(Textures, OnlyTheImagesOfTheBlobsFirstPartAreKept) {
+  const std::vector<std::uint8_t> texels(1024 * 1024 * 4);
+  for (int i = 0; i < 6; ++i)
+    glTexImage2D(gl::kTexture2D, 0, 4, 1024, 1024, 0, gl::kRgba, gl::kUnsignedByte, texels.data());
+  EXPECT_EQ(stream().images.size(), 4u);
 }
 
 TEST_F(TexturesWithContext, TheLastUploadOfAFrameShowsOnAllOfItsTriangles) {
