@@ -50,6 +50,7 @@ struct Plane {
 /// What an observer is told beside the planes; null without one.
 struct Observation {
   const ScalarObserver* observer;
+  std::int32_t x0, y0;
   std::uint32_t triangle;
   FragmentShading detail[4][kMaxLanes];
   ColorSource source[4];
@@ -256,7 +257,7 @@ void Tell(const Observation& seen, const TriangleRecord& tri, const Plane& plane
 
 void TellOfTriangle(const Observation* seen, int planesShaded, bool hidden) {
   if (seen != nullptr && seen->observer->triangle != nullptr)
-    seen->observer->triangle(seen->observer->context, seen->triangle, planesShaded, hidden);
+    seen->observer->triangle(seen->observer->context, seen->x0, seen->y0, seen->triangle, planesShaded, hidden);
 }
 
 std::uint32_t ColorAt(const KernelFrameArgs& args, std::int32_t x, std::int32_t y) {
@@ -535,6 +536,8 @@ void ScalarTileKernel(const KernelFrameArgs* args, std::int32_t x0, std::int32_t
   *hizCell = bound;
   Observation seen;
   seen.observer = observer;
+  seen.x0 = x0;
+  seen.y0 = y0;
   const Call call{*args, tile, entries, entryCount, bound, lanes, counts, observer != nullptr ? &seen : nullptr};
   if (fused) {
     Run<true>(call);

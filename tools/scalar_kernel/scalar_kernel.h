@@ -66,10 +66,11 @@ struct ScalarFragment {
 };
 
 /// Told of every covered lane, in the order in which each pixel meets them, and of every triangle of a list with the
-/// planes that were shaded for it; a tile of 8 lanes has two halves and tells twice.
+/// tile's corner and the planes that were shaded for it; a tile of 8 lanes has two halves and tells twice.
 struct ScalarObserver {
   void (*fragment)(void* context, const ScalarFragment& fragment) = nullptr;
-  void (*triangle)(void* context, std::uint32_t triangle, int planesShaded, bool hidden) = nullptr;
+  void (*triangle)(void* context, std::int32_t x0, std::int32_t y0, std::uint32_t triangle, int planesShaded,
+                   bool hidden) = nullptr;
   void* context = nullptr;
 };
 

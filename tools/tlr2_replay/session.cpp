@@ -76,6 +76,17 @@ Keyframe KeyframeOf(const CaptureContents& capture) {
   return keyframe;
 }
 
+struct Noise {
+  std::uint32_t state;
+  std::uint32_t Word() noexcept {
+    state ^= state << 13;
+    state ^= state >> 17;
+    state ^= state << 5;
+    return state;
+  }
+  float Fraction() noexcept { return static_cast<float>(Word() >> 8) / 16777216.0f; }
+};
+
 /// A frame's buffers out of the capture and, at the end, back into it.
 class LentFrame {
  public:
@@ -139,8 +150,15 @@ void Session::Rewind() {
   FreshDriverState();
   width_ = height_ = 0;
   Resize(static_cast<std::int32_t>(capture_.width), static_cast<std::int32_t>(capture_.height));
-  // What a capture's first frame found in its buffers is in no file.
+  if (options_.leftovers != 0) LeaveNoise();
   if (options_.keepKnown) known_ = std::make_unique<KnownPixels>(width_, height_);
+}
+
+void Session::LeaveNoise() {
+  Noise noise{options_.leftovers};
+  for (std::vector<std::uint32_t>& buffer : color_)
+    for (std::uint32_t& pixel : buffer) pixel = noise.Word();
+  for (float& depth : depth_) depth = noise.Fraction();
 }
 
 void Session::Resize(std::int32_t width, std::int32_t height) {
@@ -238,12 +256,18 @@ const FrameFigures& Session::Step(const StepHooks& hooks) {
   } else {
     BuildKeyframe(keyframe);
   }
-  const std::int32_t gridWidth = state.fbWidth, gridHeight = state.fbHeight;
+  const std::int32_t gridWidth = next_ == 0 ? capture_.snapshot.fbWidth : state.fbWidth;
+  const std::int32_t gridHeight = next_ == 0 ? capture_.snapshot.fbHeight : state.fbHeight;
   const std::int64_t start = TicksNow();
   ReplayFrame(lent.stream, &keyframe, true);
   TakeKeyframe();
   std::int64_t elapsed = TicksNow() - start;
   const FrameBuildStats build = state.buildStats;
+  const bool newGrid = state.fbWidth != gridWidth || state.fbHeight != gridHeight;
+  if (next_ == 0 && !newGrid && options_.leftovers != 0) {
+    Noise noise{~options_.leftovers};
+    for (float& bound : state.hizTable) bound = noise.Fraction();
+  }
 
   const std::int32_t cutoff = Settings().pipelineCutoff;
   RenderOptions options;
@@ -254,7 +278,7 @@ const FrameFigures& Session::Step(const StepHooks& hooks) {
   const bool renders = cutoff < 0 || cutoff > kLastCutoffBeforeRender;
   if (options_.keepStart) KeepStart(surface, options);
   if (known_ != nullptr) {
-    if (next_ != 0 && (state.fbWidth != gridWidth || state.fbHeight != gridHeight)) known_->GridMade();
+    if (newGrid) known_->GridMade();
     known_->FrameBegins(shown_, state);
   }
   if (renders) {

@@ -22,6 +22,9 @@ struct SessionOptions {
   std::int32_t threads = 0;  // tasks of a frame, also beyond the processors; 0 for one a processor
   std::int32_t cutoff = 5;   // the stage of the pipeline to stop after; 5 for all of it
   std::vector<std::pair<SettingWord DriverSettings::*, std::int32_t>> settings;
+  /// What the buffers hold before the first frame, which no capture tells: 0 for black at the far depth, otherwise the
+  /// seed of noise, for a look at what depends on it.
+  std::uint32_t leftovers = 0;
   bool keepStart = false;  // copy what each frame starts from, for walks over the frame
   bool keepKnown = false;  // keep account of which pixels the file decides; implies keepStart
 };
@@ -111,6 +114,7 @@ class Session {
   void ApplySettings() const;
   void Resize(std::int32_t width, std::int32_t height);
   void CoverViewports(const CommandStream& stream);
+  void LeaveNoise();
   void KeepStart(const SurfaceView& surface, const RenderOptions& options);
   SurfaceView View() noexcept;
   std::int32_t TaskCount() const noexcept;
