@@ -109,6 +109,7 @@ class FrameBoundary : public testing::Test {
 
 TEST_F(FrameBoundary, AClearAfterATriangleStillLiesUnderIt) {
   PutTriangleThenClear();
+  Stream().blob.push_back(1);
   SwapFrame(window);
   EXPECT_EQ(Shown(1, kHeight - 2), kRed);
   EXPECT_EQ(Shown(kWidth - 2, 1), kBlue);
@@ -184,6 +185,16 @@ TEST_F(FrameBoundary, StagesBeforeTheKernelsShowTheClearAlone) {
   }
 }
 
+TEST_F(FrameBoundary, AStageThatIsNoneDrawsEverything) {
+  for (const std::int32_t cutoff : {-1, 6}) {
+    PaintSurface(0x12345678u);
+    Settings().pipelineCutoff = cutoff;
+    PutTriangleThenClear();
+    SwapFrame(window);
+    EXPECT_EQ(Shown(1, kHeight - 2), kRed) << cutoff;
+  }
+}
+
 TEST_F(FrameBoundary, TheNextFramesStartIsTakenBeforeTheRenderAndHoldsItsClears) {
   PutTriangleThenClear();
   SwapFrame(window);
@@ -201,8 +212,10 @@ TEST_F(FrameBoundary, TheNextFramesStartIsTakenBeforeTheRenderAndHoldsItsClears)
 TEST_F(FrameBoundary, WithoutAContextTheStreamIsDroppedAndTheFrameEnds) {
   CurrentThreadGuard().currentContext = nullptr;
   Put(CmdEnable{.cap = 0x0BE2});
+  Stream().blob.push_back(1);
   SwapFrame(window);
   EXPECT_TRUE(Stream().bytes.empty());
+  EXPECT_TRUE(Stream().blob.empty());
   EXPECT_EQ(currentFrame.load(), 2);
   EXPECT_EQ(DriverStateInstance().blendEnabled, 0);  // nothing was replayed
   EXPECT_EQ(tlr2HeadlessPictureCount(window), 0u);
