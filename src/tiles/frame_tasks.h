@@ -13,6 +13,13 @@
 
 namespace tlr2 {
 
+/// Clears that are left to the tasks: each clears a macro tile right before it rasterises it, while the pixels stay
+/// near.
+struct TileClears {
+  bool color = false, depth = false;
+  std::uint32_t colorValue = 0, depthBits = 0;
+};
+
 /// Lives on the stack of RenderFrame for the length of the job; read-only while tasks run.
 struct FrameTaskContext {
   const SurfaceView* surface;
@@ -21,6 +28,7 @@ struct FrameTaskContext {
   KernelFrameArgs kernelArgs;
   TileKernelFn kernel;
   const RenderOptions* options;
+  TileClears clears;
 };
 
 /// Ticks unless said otherwise. Zeroed at the start of each frame.

@@ -40,12 +40,52 @@ void FillColor(const SurfaceView& surface, std::uint32_t value) noexcept {
   for (std::size_t y = 0; y < height; ++y, row += surface.rowPitch) FillWords(row, value, width);
 }
 
-void FillDepth(const SurfaceView& surface, DriverState& state, float value) noexcept {
-  std::uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  FillWords(surface.depthBuffer, bits,
-            static_cast<std::size_t>(surface.width) * static_cast<std::size_t>(surface.height));
-  FillWords(state.hizTable.data(), bits, state.hizTable.size());
+/// Whether the triangles are likely to touch most tiles, by the boxes of at most some hundred of them. A tile that is
+/// drawn to is best cleared right before; one that is not costs less as part of the whole buffer.
+bool CoversMostTiles(const SurfaceView& surface, const TriangleVector& triangles) noexcept {
+  constexpr std::size_t kSamples = 256;
+  const std::size_t step = (triangles.size() + kSamples - 1) / kSamples;
+  const auto extent = [](const float v[3], std::int32_t size) {
+    const float low = std::max(std::min({v[0], v[1], v[2]}), 0.0f);
+    const float high = std::min(std::max({v[0], v[1], v[2]}), static_cast<float>(size));
+    return high > low ? high - low : 0.0f;
+  };
+  float area = 0.0f;
+  for (std::size_t i = 0; i < triangles.size(); i += step)
+    area += extent(triangles[i].x, surface.width) * extent(triangles[i].y, surface.height);
+  const float pixels = static_cast<float>(surface.width) * static_cast<float>(surface.height);
+  return area * static_cast<float>(step) >= pixels;
+}
+
+/// Whether every pixel of the surface lies in a macro tile that a task of this frame is going to rasterise.
+bool TasksReachAllPixels(const SurfaceView& surface, const DriverState& state, const RenderOptions& options) noexcept {
+  return !state.triangles.empty() && options.cutoff != 3 && options.binOnly == 0 && state.fbWidth >= surface.width &&
+         state.fbHeight >= surface.height;
+}
+
+/// The pending clears: all of the depth bounds at once, the pixels here or by the tasks.
+TileClears StartClears(const SurfaceView& surface, DriverState& state, const RenderOptions& options) noexcept {
+  const bool byTasks = TasksReachAllPixels(surface, state, options) && CoversMostTiles(surface, state.triangles);
+  TileClears clears;
+  if (state.pendingColorClear != 0) {
+    clears.colorValue = state.pendingColorClearValue;
+    clears.color = byTasks;
+    if (!byTasks) FillColor(surface, clears.colorValue);
+    state.pendingColorClear = 0;
+  } else if (state.triangles.empty() && options.clearIfEmpty != 0) {
+    FillColor(surface, state.clearColor);
+  }
+  if (state.pendingDepthClear != 0) {
+    std::memcpy(&clears.depthBits, &state.pendingDepthClearValue, sizeof clears.depthBits);
+    clears.depth = byTasks;
+    if (!byTasks) {
+      FillWords(surface.depthBuffer, clears.depthBits,
+                static_cast<std::size_t>(surface.width) * static_cast<std::size_t>(surface.height));
+    }
+    FillWords(state.hizTable.data(), clears.depthBits, state.hizTable.size());
+    state.pendingDepthClear = 0;
+  }
+  return clears;
 }
 
 void RunTasks(const SurfaceView& surface, std::int32_t tasks, FrameTaskContext& context) {
@@ -109,16 +149,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
     state.pendingDepthClear = 0;
     return;
   }
-  if (state.pendingColorClear != 0) {
-    FillColor(surface, state.pendingColorClearValue);
-    state.pendingColorClear = 0;
-  } else if (state.triangles.empty() && options.clearIfEmpty != 0) {
-    FillColor(surface, state.clearColor);
-  }
-  if (state.pendingDepthClear != 0) {
-    FillDepth(surface, state, state.pendingDepthClearValue);
-    state.pendingDepthClear = 0;
-  }
+  const TileClears clears = StartClears(surface, state, options);
   if (state.triangles.empty()) return;
 
   std::vector<TextureCacheEntry> cache;  // the one allocation of a steady frame
@@ -142,6 +173,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   context.kernel =
       overrides.kernel != nullptr ? overrides.kernel : KernelForTarget(ResolveForcedIsa(Settings().forceIsa));
   context.options = &options;
+  context.clears = clears;
 
   state.publishedTriangleCount = static_cast<std::uint32_t>(state.triangles.size());
   __atomic_store_n(&state.trianglesPublished, std::uint8_t{1}, __ATOMIC_RELEASE);

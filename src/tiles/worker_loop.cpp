@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "api/state/driver_state.h"
+#include "base/fill.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
 #include "settings/occupancy.h"
@@ -42,9 +43,32 @@ void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerP
   }
 }
 
+/// Fills what the surface has of a macro tile.
+void ClearMacroTile(const SurfaceView& surface, const TileClears& clears, const MacroTile& macro) noexcept {
+  const std::int32_t x0 = macro.microX0 * 8, y0 = macro.microY0 * 8;
+  const std::int32_t x1 = std::min(x0 + 32, surface.width), y1 = std::min(y0 + 32, surface.height);
+  if (x0 >= x1) return;
+  const auto left = static_cast<std::size_t>(x0), count = static_cast<std::size_t>(x1 - x0);
+  for (std::int32_t y = y0; y < y1; ++y) {
+    const auto row = static_cast<std::size_t>(y);
+    if (clears.color) {
+      auto* pixels = reinterpret_cast<std::uint8_t*>(surface.colorBuffer) + row * surface.rowPitch;
+      FillShortRow(pixels + left * 4, clears.colorValue, count);
+    }
+    if (clears.depth) {
+      float* depth = surface.depthBuffer + row * static_cast<std::size_t>(surface.width);
+      FillShortRow(depth + left, clears.depthBits, count);
+    }
+  }
+}
+
 void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile, std::int64_t& mark) {
-  ScopeSeries microScopes("tlr2::RasterizeTile", mark);
   const MacroTile macro = MicroRange(frame, tile);
+  if (frame.clears.color || frame.clears.depth) {
+    ClearMacroTile(*frame.surface, frame.clears, macro);
+    mark = ProfileMark();  // its time is the macro tile's own
+  }
+  ScopeSeries microScopes("tlr2::RasterizeTile", mark);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);

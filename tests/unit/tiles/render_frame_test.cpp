@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -222,6 +224,49 @@ TEST_F(Frame, ThePictureDoesNotDependOnTheTaskCount) {
     }
   }
   EXPECT_FALSE(kernelSawEmptyList);
+}
+
+TEST_F(Frame, ClearsByTheTasksLeaveWhatClearsBeforeThemLeave) {
+  // Grids that cover the surface, and grids that leave a part of it to nobody.
+  const std::int32_t sizes[][4] = {{100, 70, 100, 70}, {100, 70, 130, 90}, {70, 90, 64, 90}, {33, 9, 64, 64},
+                                   {64, 64, 33, 9},    {5, 3, 300, 200},   {32, 32, 32, 32}};
+  for (const auto& [gridWidth, gridHeight, width, height] : sizes) {
+    for (int which = 1; which <= 3; ++which) {
+      for (const std::int32_t tasks : {1, 3, 64, -1, -3}) {
+        const bool many = tasks > 0;
+        const auto triangles = [many] {
+          DriverStateInstance().triangles.clear();
+          AddTriangle(3, 3, 40, 8, 10, 50);
+          AddTriangle(60, 0, 90, 0, 60, 60);
+          if (many) {  // enough to make the tasks clear, and beside the tiles that they leave empty
+            for (int i = 0; i < 300; ++i) AddTriangle(0, 0, 30, 0, 0, 30);
+          }
+        };
+        Grid(gridWidth, gridHeight);
+        DriverState& state = DriverStateInstance();
+        Target before(width, height), byFrame(width, height);
+        if ((which & 1) != 0)
+          for (std::int32_t y = 0; y < height; ++y)
+            for (std::int32_t x = 0; x < width; ++x)
+              before.color[static_cast<std::size_t>(y) * (before.view.rowPitch / 4) + static_cast<std::size_t>(x)] =
+                  0x12345678u;
+        if ((which & 2) != 0) std::fill(before.depth.begin(), before.depth.end() - 1, 0.875f);
+        triangles();
+        Render(before, {MixingKernel, std::abs(tasks)});
+        state.pendingColorClear = (which & 1) != 0;
+        state.pendingColorClearValue = 0x12345678u;
+        state.pendingDepthClear = (which & 2) != 0;
+        state.pendingDepthClearValue = 0.875f;
+        triangles();
+        Render(byFrame, {MixingKernel, std::abs(tasks)});
+        EXPECT_EQ(byFrame.color, before.color) << width << " by " << height;
+        EXPECT_EQ(byFrame.depth, before.depth) << width << " by " << height;
+        EXPECT_TRUE(byFrame.PaddingUntouched());
+        EXPECT_EQ(state.pendingColorClear, 0);
+        EXPECT_EQ(state.pendingDepthClear, 0);
+      }
+    }
+  }
 }
 
 TEST_F(Frame, ASecondRenderWithoutAResetDoesNotDoubleTheLists) {
