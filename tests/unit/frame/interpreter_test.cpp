@@ -368,6 +368,22 @@ TEST_F(Interpreter, ThePipelineCutoffStopsTheBuild) {
   }
 }
 
+TEST_F(Interpreter, TheWalkNotesItsPacketsAndItsTimes) {
+  for (int i = 0; i < 3000; ++i) builder.Triangle();
+  builder.Blob("12345", 5);
+  builder.Put(kSwapBuffers);
+  Settings().pipelineCutoff = 1;  // emission, which counts the packets as well, stays out
+  Replay(builder);
+  EXPECT_EQ(state.buildStats.packetCount, 3000u);
+  EXPECT_EQ(state.buildStats.blobBytes, 5u);
+  EXPECT_GT(state.buildStats.packetTicks, 0u);
+  EXPECT_GT(state.buildStats.interpreterTicks, state.buildStats.packetTicks);
+  EXPECT_EQ(state.buildStats.emissionTicks, 0u);
+  Settings().pipelineCutoff = 2;
+  Replay(builder);
+  EXPECT_GT(state.buildStats.emissionTicks, 0u);
+}
+
 TEST_F(Interpreter, GeneratedNamesAreTheLowestFree) {
   builder.Put(kGenTextures, {5, 0}).Put(kSwapBuffers);
   Replay(builder);

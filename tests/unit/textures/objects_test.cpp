@@ -323,6 +323,29 @@ TEST_F(TouchedTextures, UploadAndDeletionSaveTheOldTexels) {
   EXPECT_EQ(LiveKeyframeInstance().pendingRecords[0].pixels[0], 0xFF030303u);
 }
 
+TEST_F(TouchedTextures, EachOperationSavesOnItsOwn) {
+  const auto saved = [] { return LiveKeyframeInstance().pendingRecords.at(0); };
+  const std::uint32_t name = 1;
+  const std::uint8_t texel = 9;
+  UploadImage(state_, gl::kTexture2D, 0, 1, 1, gl::kLuminance, gl::kUnsignedByte, &texel, 1, Touch::kNote);
+  ASSERT_EQ(Saved(), 1u);
+  EXPECT_EQ(saved().pixels[0], 0xFF030303u);
+  TakeKeyframe();
+  DeleteTextures(state_, 1, &name, Touch::kNote);
+  ASSERT_EQ(Saved(), 1u);
+  EXPECT_EQ(saved().inUse, 1);
+  EXPECT_EQ(saved().pixels[0], 0xFF090909u);
+  TakeKeyframe();
+  BindTexture(state_, gl::kTexture2D, name, Touch::kNote);
+  ASSERT_EQ(Saved(), 1u);
+  EXPECT_EQ(saved().inUse, 0);
+  DeleteTextures(state_, 1, &name, Touch::kSkip);
+  TakeKeyframe();
+  EXPECT_EQ(AllocateTextureName(state_, Touch::kNote), name);
+  ASSERT_EQ(Saved(), 1u);
+  EXPECT_EQ(saved().inUse, 0);
+}
+
 TEST_F(TouchedTextures, TheInterpreterDoesNotNote) {
   SetTextureParameter(state_, gl::kTexture2D, gl::kTextureMagFilter, gl::kNearest, Touch::kSkip);
   const std::uint32_t name = 1;
