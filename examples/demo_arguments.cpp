@@ -13,12 +13,28 @@ namespace {
 
 constexpr const char* kHelp =
     "usage: %s [--size WxH] [--frames N] [--start SECONDS] [--step SECONDS] [--screenshot FILE.png]\n"
+    "       [--capture N-M] [--reference-pixels yes|no]\n"
     "Draws a courtyard in immediate mode.\n"
     "  --size WxH         size of the picture (1024x640)\n"
     "  --frames N         end after N frames\n"
     "  --start SECONDS    where on the camera's path to begin (0)\n"
     "  --step SECONDS     time between frames, instead of the clock's\n"
-    "  --screenshot FILE  write the last frame as PNG\n";
+    "  --screenshot FILE  write the last frame as PNG\n"
+    "  --capture N-M      capture frames N to M, counted from 0, into the current folder; ends behind them in a "
+    "window\n"
+    "  --reference-pixels yes|no\n"
+    "                     whether the capture holds the frames' pixels too (yes)\n";
+
+/// "N" or "N-M" in digits alone.
+bool IsFrameRange(const std::string& text) {
+  const std::size_t minus = text.find('-');
+  const std::string first = text.substr(0, minus);
+  const std::string last = minus == std::string::npos ? first : text.substr(minus + 1);
+  const auto digits = [](const std::string& part) {
+    return !part.empty() && part.size() <= 9 && part.find_first_not_of("0123456789") == std::string::npos;
+  };
+  return digits(first) && digits(last) && std::atoi(last.c_str()) >= std::atoi(first.c_str());
+}
 
 bool ParseNumber(const char* text, double& value) {
   char* end = nullptr;
@@ -56,6 +72,12 @@ int ParseArguments(int count, char** values, Arguments& arguments) {
       good = ParseNumber(value, arguments.step) && arguments.step > 0;
     } else if (name == "--screenshot") {
       arguments.screenshot = value;
+    } else if (name == "--capture") {
+      arguments.capture = value;
+      good = IsFrameRange(arguments.capture);
+    } else if (name == "--reference-pixels") {
+      arguments.referencePixels = std::strcmp(value, "yes") == 0;
+      good = arguments.referencePixels || std::strcmp(value, "no") == 0;
     } else {
       std::fprintf(stderr, "%s: unknown argument '%s'; --help lists them\n", values[0], name.c_str());
       return 2;

@@ -5,6 +5,7 @@
 
 #include "courtyard.h"
 #include "demo_arguments.h"
+#include "demo_capture.h"
 #include "system_gl.h"
 #include "tlr2/headless.h"
 
@@ -71,6 +72,7 @@ int Run(const demo::Arguments& arguments, void* window) {
 int main(int count, char** values) {
   demo::Arguments arguments;
   if (const int leave = demo::ParseArguments(count, values, arguments); leave >= 0) return leave;
+  if (const int code = demo::RunAgainForCapture(arguments, values); code >= 0) return code;
   void* window = tlr2HeadlessCreateWindow(arguments.width, arguments.height);
   if (window == nullptr) {
     std::fprintf(stderr, "courtyard: no window of that size\n");

@@ -4,6 +4,7 @@
 
 #include "courtyard.h"
 #include "demo_arguments.h"
+#include "demo_capture.h"
 #include "system_gl.h"
 
 namespace {
@@ -107,6 +108,7 @@ int Run(const demo::Arguments& arguments, HWND window, HDC device) {
 int main(int count, char** values) {
   demo::Arguments arguments;
   if (const int leave = demo::ParseArguments(count, values, arguments); leave >= 0) return leave;
+  if (const int code = demo::RunAgainForCapture(arguments, values); code >= 0) return code;
   HWND window = MakeWindow(arguments.width, arguments.height);
   if (window == nullptr) {
     std::fprintf(stderr, "courtyard: no window\n");

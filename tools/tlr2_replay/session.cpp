@@ -358,7 +358,8 @@ std::vector<std::uint32_t> Session::TrianglesOfPrimitives() const {
   return counts;
 }
 
-std::vector<std::uint32_t> Session::DrawPrefix(std::uint32_t count, std::vector<float>* depth) const {
+std::vector<std::uint32_t> Session::DrawPrefix(std::uint32_t count, std::vector<float>* depth,
+                                               TileKernelFn kernel) const {
   DriverState& state = DriverStateInstance();
   std::vector<std::uint32_t> color = start_.color;
   std::vector<float> depths = start_.depth;
@@ -378,6 +379,7 @@ std::vector<std::uint32_t> Session::DrawPrefix(std::uint32_t count, std::vector<
     RenderOptions options;
     options.clearIfEmpty = 0;
     FrameOverrides overrides;
+    overrides.kernel = kernel;
     overrides.taskCount = TaskCount();
     RenderFrameWith(surface, options, overrides);
     state.triangles = all;

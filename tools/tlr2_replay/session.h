@@ -108,7 +108,8 @@ class Session {
   std::vector<std::uint32_t> TrianglesOfPrimitives() const;
   /// Draws the first `count` of the frame's triangles on what the frame started from, as a frame that ended there
   /// would be. Only inside `rendered`, with keepStart.
-  std::vector<std::uint32_t> DrawPrefix(std::uint32_t count, std::vector<float>* depth = nullptr) const;
+  std::vector<std::uint32_t> DrawPrefix(std::uint32_t count, std::vector<float>* depth = nullptr,
+                                        TileKernelFn kernel = nullptr) const;
 
  private:
   void ApplySettings() const;
