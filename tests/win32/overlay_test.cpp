@@ -258,8 +258,9 @@ TEST(LoadSamplerThreads, WithoutASamplerTheLoadStays) {
 
 TEST(LoadSamplerThreads, TwoHundredSamplersLeaveNoThreadAndNoHandle) {
   StopLoadSampler(StartLoadSampler());
-  DWORD handles = 0, handlesAfter = 0;
-  GetProcessHandleCount(GetCurrentProcess(), &handles);
+  const int handles = test::CountHandles();
+  ASSERT_GT(handles, 0);
+  const std::size_t heapBytes = test::CountHeapBytes();
   const int threads = CountThreads();
   for (int i = 0; i < 200; ++i) {
     LoadSampler* sampler = StartLoadSampler();
@@ -267,8 +268,8 @@ TEST(LoadSamplerThreads, TwoHundredSamplersLeaveNoThreadAndNoHandle) {
     SampleLoad(sampler, 0);
     StopLoadSampler(sampler);
   }
-  GetProcessHandleCount(GetCurrentProcess(), &handlesAfter);
-  EXPECT_EQ(handlesAfter, handles);
+  EXPECT_EQ(test::CountHandles(), handles);
+  EXPECT_LE(test::CountHeapBytes(), heapBytes + 4096);
   EXPECT_EQ(CountThreads(), threads);
 }
 
