@@ -13,6 +13,7 @@ packages=(
   mesa-vulkan-drivers mesa-vulkan-drivers:i386 libvulkan1 libvulkan1:i386
   libgl1:i386 libgl1-mesa-dri:i386
   vkd3d-compiler spirv-tools
+  chromium
 )
 
 missing=()
