@@ -10,9 +10,14 @@ struct BarycentricsOf {
   Lanes b[3];
 };
 using Barycentrics = BarycentricsOf<Floats>;
+using PartBarycentrics = BarycentricsOf<FloatsPart>;
 
-LANE_FN BarycentricsOf<FloatsPart> PartOf(const Barycentrics& w, int part) {
+LANE_FN PartBarycentrics PartOf(const Barycentrics& w, int part) {
   return {{PartOf(w.b[0], part), PartOf(w.b[1], part), PartOf(w.b[2], part)}};
+}
+
+LANE_FN void SetPart(Barycentrics& w, int part, const PartBarycentrics& value) {
+  for (int i = 0; i < 3; ++i) SetPart(w.b[i], part, value.b[i]);
 }
 
 /// Pixel centres of the step: columns of the left and right planes, rows of the upper and lower ones.
@@ -29,47 +34,52 @@ LANE_FN Centres TileCentres(const Tile& tile) {
   return c;
 }
 
-LANE_FN Mask InsideEdge(bool positive, Floats biased) {
-  const Floats zero = Splat(0.0f);
-  return positive ? LessEqual(zero, biased) : LessEqual(biased, zero);
-}
-
 LANE_FN TileCorners CornersOf(const Tile& tile) {
   return {SplatQuad(static_cast<float>(tile.x0) + 0.5f), SplatQuad(static_cast<float>(tile.x0 + 7) + 0.5f),
           SplatQuad(static_cast<float>(tile.y0) + 0.5f), SplatQuad(static_cast<float>(tile.y0 + kStepRows - 1) + 0.5f)};
 }
 
-/// Masks and barycentrics of the four planes. Returns false, with `weights` unset, where no lane is covered.
-LANE_FN bool CoverTile(const Tile& tile, const Centres& centres, const Edges& edges, bool everywhere,
-                       Mask (&covered)[kPlanes], Barycentrics (&weights)[kPlanes]) {
-  Floats value[kPlanes][3];
-  for (int i = 0; i < 3; ++i) {
-    // Each product and difference is the one of the full evaluation; planes only share them.
-    const Floats left = EdgeProductY(edges, i, centres.x[0]), right = EdgeProductY(edges, i, centres.x[1]);
-    const Floats upper = Sub(centres.y[0], Splat(edges.y[i])), lower = Sub(centres.y[1], Splat(edges.y[i]));
-    value[0][i] = EdgeValue(edges, i, upper, left);
-    value[1][i] = EdgeValue(edges, i, upper, right);
-    value[2][i] = EdgeValue(edges, i, lower, left);
-    value[3][i] = EdgeValue(edges, i, lower, right);
+/// Edge values of one part of a plane: edges 0 to 1, 1 to 2, 2 to 0.
+struct EdgeValues {
+  FloatsPart e[3];
+};
+
+/// Calls `visit(plane, part, values)` for all parts of all planes. Each product and difference is the one of the full
+/// evaluation; planes only share those of their columns and rows, while these are in registers.
+template <typename Visit>
+LANE_FN void VisitEdgeValues(const Centres& centres, const Edges& edges, Visit visit) {
+  for (int part = 0; part < kParts; ++part) {
+    EdgeValues upper, lower;
+    for (int i = 0; i < 3; ++i) upper.e[i] = Sub(PartOf(centres.y[0], part), Splat(edges.y[i]));
+    for (int i = 0; i < 3; ++i) lower.e[i] = Sub(PartOf(centres.y[1], part), Splat(edges.y[i]));
+    const auto column = [&](int dx) __attribute__((always_inline)) {
+      EdgeValues product, values;
+      for (int i = 0; i < 3; ++i) product.e[i] = EdgeProductY(edges, i, PartOf(centres.x[dx], part));
+      for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, upper.e[i], product.e[i]);
+      visit(dx, part, values);
+      for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, lower.e[i], product.e[i]);
+      visit(2 + dx, part, values);
+    };
+    column(0);
+    column(1);
   }
-  if (everywhere) {
-    for (int p = 0; p < kPlanes; ++p) covered[p] = tile.whole ? AllLanes() : tile.inBounds[p];
-  } else {
-    for (int p = 0; p < kPlanes; ++p) {
-      Mask m = InsideEdge(edges.positive, Add(value[p][0], Splat(edges.bias[0])));
-      m = And(m, InsideEdge(edges.positive, Add(value[p][1], Splat(edges.bias[1]))));
-      m = And(m, InsideEdge(edges.positive, Add(value[p][2], Splat(edges.bias[2]))));
-      covered[p] = tile.whole ? m : And(m, tile.inBounds[p]);
-    }
-    if (!Any(Or(Or(covered[0], covered[1]), Or(covered[2], covered[3])))) return false;
+}
+
+LANE_FN MaskPart Inside(const Edges& edges, const EdgeValues& values) {
+  const FloatsPart zero = Splat(0.0f);
+  FloatsPart biased[3];
+  for (int i = 0; i < 3; ++i) biased[i] = Add(values.e[i], Splat(edges.bias[i]));
+  if (edges.positive) {
+    return And(And(LessEqual(zero, biased[0]), LessEqual(zero, biased[1])), LessEqual(zero, biased[2]));
   }
-  const Floats inverse = Splat(edges.inverseArea);
-  for (int p = 0; p < kPlanes; ++p) {
-    weights[p].b[0] = Mul(value[p][1], inverse);
-    weights[p].b[1] = Mul(value[p][2], inverse);
-    weights[p].b[2] = Mul(value[p][0], inverse);
-  }
-  return true;
+  return And(And(LessEqual(biased[0], zero), LessEqual(biased[1], zero)), LessEqual(biased[2], zero));
+}
+
+/// The barycentrics before they are scaled by 1/area: vertex i has the value of the edge that it does not lie on.
+LANE_FN PartBarycentrics Unscaled(const EdgeValues& values) { return {{values.e[1], values.e[2], values.e[0]}}; }
+LANE_FN PartBarycentrics Scaled(const PartBarycentrics& w, float inverseArea) {
+  const FloatsPart inverse = Splat(inverseArea);
+  return {{Mul(w.b[0], inverse), Mul(w.b[1], inverse), Mul(w.b[2], inverse)}};
 }
 
 }  // namespace

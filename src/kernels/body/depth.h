@@ -5,28 +5,47 @@ namespace tlr2 {
 namespace {
 
 /// b1*z1 + b0*z0 + b2*z2, accumulated in this order.
-template <typename Lanes>
-LANE_FN Lanes Weigh(const BarycentricsOf<Lanes>& w, float v0, float v1, float v2) {
-  return MulAdd(w.b[2], Splat(v2), MulAdd(w.b[0], Splat(v0), Mul(w.b[1], Splat(v1))));
+LANE_FN FloatsPart Weigh(const PartBarycentrics& w, FloatsPart v0, FloatsPart v1, FloatsPart v2) {
+  return MulAdd(w.b[2], v2, MulAdd(w.b[0], v0, Mul(w.b[1], v1)));
+}
+LANE_FN FloatsPart Weigh(const PartBarycentrics& w, float v0, float v1, float v2) {
+  return Weigh(w, Splat(v0), Splat(v1), Splat(v2));
+}
+
+/// What becomes of a triangle's depth, chosen once for all its planes: the common tests by themselves, writing at once
+/// where no alpha test comes between; everything else keeps the depth until the fragments are stored.
+enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kKeep };
+
+LANE_FN DepthStep DepthStepOf(const TriangleRecord& t) {
+  if (t.depthTest == 0) return DepthStep::kNone;
+  if (t.alphaTest != 0 || (t.depthFunc != 1 && t.depthFunc != 2)) return DepthStep::kKeep;
+  if (t.depthFunc == 1) return t.depthWrite != 0 ? DepthStep::kLessWrite : DepthStep::kLess;
+  return t.depthWrite != 0 ? DepthStep::kLessEqualWrite : DepthStep::kLessEqual;
+}
+constexpr bool WritesAtOnce(DepthStep step) {
+  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite;
 }
 
 /// Ordered comparisons but for "not equal"; an unknown function passes nothing.
-LANE_FN Mask DepthPasses(std::uint32_t function, Floats z, Floats stored, Mask covered) {
+template <DepthStep kStep>
+LANE_FN MaskPart DepthPasses(std::uint32_t function, FloatsPart z, FloatsPart stored) {
+  if constexpr (kStep == DepthStep::kLess || kStep == DepthStep::kLessWrite) return Less(z, stored);
+  if constexpr (kStep == DepthStep::kLessEqual || kStep == DepthStep::kLessEqualWrite) return LessEqual(z, stored);
   switch (function) {
     case 0:
-      return covered;
+      return AllLanesOfPart();
     case 1:
-      return And(covered, Less(z, stored));
+      return Less(z, stored);
     case 2:
-      return And(covered, LessEqual(z, stored));
+      return LessEqual(z, stored);
     case 3:
-      return And(covered, Equal(z, stored));
+      return Equal(z, stored);
     case 4:
-      return And(covered, LessEqual(stored, z));
+      return LessEqual(stored, z);
     case 5:
-      return And(covered, Less(stored, z));
+      return Less(stored, z);
     case 6:
-      return And(covered, NotEqual(z, stored));
+      return NotEqual(z, stored);
     default:
       return NoLane();
   }

@@ -35,7 +35,10 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
 /// Sets the edges up and tells how the triangle lies to the tile. Products, differences and fused products round
 /// monotonically, so the edge values at the corner centres bound those at all centres between them: outside one edge at
 /// four corners is outside at every pixel, inside all edges at four corners inside at every pixel.
-LANE_FN Place SetUpEdges(const TriangleRecord& triangle, const TileCorners& corners, Edges& edges) {
+///
+/// Not inlined, so that `edges` lies in memory: its values are then spread over the lanes as they are loaded, where the
+/// compiler would otherwise keep more spread copies than there are registers.
+[[gnu::noinline]] Place SetUpEdges(const TriangleRecord& triangle, const TileCorners& corners, Edges& edges) {
   const Quad x = LoadQuad(triangle.x), y = LoadQuad(triangle.y);
   const Quad dx = Sub(Rotate(x), x), dy = Sub(Rotate(y), y);
   StoreQuad(edges.dx, dx);
@@ -70,10 +73,10 @@ LANE_FN Place SetUpEdges(const TriangleRecord& triangle, const TileCorners& corn
 }
 
 /// Edge `i` at columns `px` and rows `py`. The product with dy is rounded first, then the one with dx takes part.
-LANE_FN Floats EdgeProductY(const Edges& edges, int i, Floats px) {
+LANE_FN FloatsPart EdgeProductY(const Edges& edges, int i, FloatsPart px) {
   return Mul(Splat(edges.dy[i]), Sub(px, Splat(edges.x[i])));
 }
-LANE_FN Floats EdgeValue(const Edges& edges, int i, Floats fromRow, Floats productY) {
+LANE_FN FloatsPart EdgeValue(const Edges& edges, int i, FloatsPart fromRow, FloatsPart productY) {
   return MulSub(Splat(edges.dx[i]), fromRow, productY);
 }
 

@@ -31,31 +31,41 @@ LANE_FN ColorOf<Lanes> Scale(ColorOf<Lanes> c, float by) {
 }
 
 /// The four texels of a bilinear footprint.
-template <typename Words>
 struct Footprint {
-  Words t00, t10, t01, t11;  // first digit the column, second the row
+  IntsPart t00, t10, t01, t11;  // first digit the column, second the row
 };
 
-template <typename Lanes, typename Words>
-LANE_FN Footprint<Words> FetchFootprint(const TextureCacheEntry& entry, const Level<Lanes>& level, Words x0, Words y0) {
-  const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
-  const Words one = Splat(1);
-  const void* texels = Texels(entry);
-  const Words left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
-  const Words upper = RowOffset(level, Wrap(clampT, y0, level.rows));
-  const Words lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
-  const Words upperLeft = TexelOffset(upper, left), lowerLeft = TexelOffset(lower, left);
-  Footprint<Words> f;
-  if (All(Equal(right, Add(left, one)))) {
-    // No lane wraps between its two columns: both lie in one 8-byte load.
-    GatherPairs(texels, upperLeft, f.t00, f.t10);
-    GatherPairs(texels, lowerLeft, f.t01, f.t11);
+/// Where they lie, in bytes from level 0.
+struct Places {
+  IntsPart upperLeft, lowerLeft, upperRight, lowerRight;
+  bool pairs;  // in no lane does a wrap part the columns: the right texels lie behind the left ones
+};
+
+LANE_FN void Locate(bool clampS, bool clampT, const Level& level, IntsPart x0, IntsPart y0, Places& places) {
+  const IntsPart one = Splat(1);
+  const IntsPart left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
+  const IntsPart upper = RowOffset(level, Wrap(clampT, y0, level.rows));
+  const IntsPart lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
+  places.upperLeft = TexelOffset(upper, left);
+  places.lowerLeft = TexelOffset(lower, left);
+  places.pairs = All(Equal(right, Add(left, one)));
+  if (places.pairs) return;
+  places.upperRight = TexelOffset(upper, right);
+  places.lowerRight = TexelOffset(lower, right);
+}
+
+LANE_FN Footprint Fetch(const void* texels, const Places& places) {
+  Footprint f;
+  if (places.pairs) {
+    // Both columns lie in one 8-byte load.
+    GatherPairs(texels, places.upperLeft, f.t00, f.t10);
+    GatherPairs(texels, places.lowerLeft, f.t01, f.t11);
     return f;
   }
-  f.t00 = Gather(texels, upperLeft);
-  f.t01 = Gather(texels, lowerLeft);
-  f.t10 = Gather(texels, TexelOffset(upper, right));
-  f.t11 = Gather(texels, TexelOffset(lower, right));
+  f.t00 = Gather(texels, places.upperLeft);
+  f.t01 = Gather(texels, places.lowerLeft);
+  f.t10 = Gather(texels, places.upperRight);
+  f.t11 = Gather(texels, places.lowerRight);
   return f;
 }
 

@@ -4,58 +4,170 @@
 namespace tlr2 {
 namespace {
 
+LANE_FN void LoadDepth(const KernelFrameArgs& args, Tile& tile) {
+  if (tile.depthLoaded) return;
+  Ints words[kPlanes];
+  LoadPlanes(tile, args.depthPixels, args.depthStrideBytes, words);
+  for (int p = 0; p < kPlanes; ++p) tile.depth[p] = FromBits(words[p]);
+  tile.depthLoaded = true;
+}
+
+/// Barycentrics and depth of one part of a plane. Returns its live lanes.
+template <DepthStep kStep>
+LANE_FN MaskPart FindPart(const TriangleRecord& t, Tile& tile, int plane, int part, const PartBarycentrics& w,
+                          MaskPart covered, Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
+  SetPart(weights[plane], part, w);
+  MaskPart live = covered;
+  if constexpr (kStep != DepthStep::kNone) {
+    const FloatsPart z = Weigh(w, t.z[0], t.z[1], t.z[2]);
+    const FloatsPart stored = PartOf(tile.depth[plane], part);
+    live = And(covered, DepthPasses<kStep>(t.depthFunc, z, stored));
+    if constexpr (WritesAtOnce(kStep)) SetPart(tile.depth[plane], part, Select(live, z, stored));
+    if constexpr (kStep == DepthStep::kKeep) SetPart(fragments.z[plane], part, z);
+  }
+  SetPart(fragments.live[plane], part, live);
+  return live;
+}
+
+/// Fragments of a triangle whose edges hold the whole step. Returns whether any lane lives.
+template <DepthStep kStep>
+[[gnu::noinline]] bool FindEverywhere(const TriangleRecord& t, const Centres& centres, const Edges& edges, Tile& tile,
+                                      Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
+  MaskPart any = NoLane(), all = AllLanesOfPart();
+  VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
+    const MaskPart live = FindPart<kStep>(t, tile, plane, part, Scaled(Unscaled(values), edges.inverseArea),
+                                          PartOf(tile.inBounds[plane], part), fragments, weights);
+    any = Or(any, live);
+    all = And(all, live);
+  });
+  fragments.allLive = All(all);
+  return Any(any);
+}
+
+/// Covered lanes, and the barycentrics before scaling. Returns whether any lane is covered.
+[[gnu::noinline]] bool FindCovered(const Centres& centres, const Edges& edges, const Tile& tile, Fragments& fragments,
+                                   Barycentrics (&weights)[kPlanes]) {
+  MaskPart any = NoLane();
+  VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
+    const MaskPart covered = And(Inside(edges, values), PartOf(tile.inBounds[plane], part));
+    SetPart(fragments.live[plane], part, covered);
+    SetPart(weights[plane], part, Unscaled(values));
+    any = Or(any, covered);
+  });
+  return Any(any);
+}
+
+/// The rest of what FindCovered leaves. Returns whether any lane lives.
+template <DepthStep kStep>
+[[gnu::noinline]] bool FindLive(const TriangleRecord& t, float inverseArea, Tile& tile, Fragments& fragments,
+                                Barycentrics (&weights)[kPlanes]) {
+  MaskPart any = NoLane();
+  for (int plane = 0; plane < kPlanes; ++plane) {
+    for (int part = 0; part < kParts; ++part) {
+      any = Or(any, FindPart<kStep>(t, tile, plane, part, Scaled(PartOf(weights[plane], part), inverseArea),
+                                    PartOf(fragments.live[plane], part), fragments, weights));
+    }
+  }
+  return Any(any);
+}
+
 /// Coverage and depth of the four planes. Returns whether any lane lives.
 LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Centres& centres,
-                           const TileCorners& corners, Tile& tile, Fragments& fragments,
+                           const TileCorners& corners, DepthStep step, Tile& tile, Fragments& fragments,
                            Barycentrics (&weights)[kPlanes]) {
   Edges edges;
   const Place place = SetUpEdges(t, corners, edges);
   if (place == Place::kNowhere) return false;
-  if (!CoverTile(tile, centres, edges, place == Place::kEverywhere, fragments.live, weights)) return false;
-  if (t.depthTest == 0) return true;
-  if (!tile.depthLoaded) {
-    Ints words[kPlanes];
-    LoadPlanes(tile, args.depthPixels, args.depthStrideBytes, words);
-    for (int p = 0; p < kPlanes; ++p) tile.depth[p] = FromBits(words[p]);
-    tile.depthLoaded = true;
+  if (place == Place::kPartly && !FindCovered(centres, edges, tile, fragments, weights)) return false;
+  if (step != DepthStep::kNone) LoadDepth(args, tile);
+  const auto find = [&]<DepthStep kStep>() __attribute__((always_inline)) {
+    if (place == Place::kEverywhere) return FindEverywhere<kStep>(t, centres, edges, tile, fragments, weights);
+    fragments.allLive = false;
+    return FindLive<kStep>(t, edges.inverseArea, tile, fragments, weights);
+  };
+  switch (step) {
+    case DepthStep::kNone:
+      return find.template operator()<DepthStep::kNone>();
+    case DepthStep::kLess:
+      return find.template operator()<DepthStep::kLess>();
+    case DepthStep::kLessWrite:
+      return find.template operator()<DepthStep::kLessWrite>();
+    case DepthStep::kLessEqual:
+      return find.template operator()<DepthStep::kLessEqual>();
+    case DepthStep::kLessEqualWrite:
+      return find.template operator()<DepthStep::kLessEqualWrite>();
+    default:
+      return find.template operator()<DepthStep::kKeep>();
   }
-  for (int p = 0; p < kPlanes; ++p) {
-    fragments.z[p] = Weigh(weights[p], t.z[0], t.z[1], t.z[2]);
-    fragments.live[p] = DepthPasses(t.depthFunc, fragments.z[p], tile.depth[p], fragments.live[p]);
-  }
-  return Any(Or(Or(fragments.live[0], fragments.live[1]), Or(fragments.live[2], fragments.live[3])));
 }
 
 /// Every plane shaded on its own. Planes are done within the triangle's turn: no plane reads what another one writes,
 /// so each pixel sees the same steps as with the planes outermost, without setting the triangles up four times.
+template <bool kOpaque>
 LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
                           Tile& tile) {
+  Color slots[kPlanes];
+  SomeUnits units;
+  PartSet parts[kPlanes];
+  for (int p = 0; p < kPlanes; ++p) units.Add(p, parts[p] = LiveParts(fragments.live[p]));
+  Shade(surface, weights, units.List(), slots);
   for (int p = 0; p < kPlanes; ++p) {
-    const PartSet parts = LiveParts(fragments.live[p]);
-    if (parts == 0) continue;
-    Color color;
-    ShadeParts(surface, weights[p], parts, color);
-    StorePlane(tile, *surface.triangle, fragments, p, color, PackColor(color));
+    if (parts[p] == 0) continue;
+    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[p], PackColor(slots[p]));
   }
 }
 
+template <bool kOpaque>
 LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
-                        bool shareAll, Tile& tile) {
-  Slots slots;
-  ShadeShared(surface, weights, fragments.live, shareAll, slots);
-  Ints words[kPlanes];
-  for (int p = 0; p < kPlanes; ++p) {
-    const int from = slots.of[p];
-    words[p] = from == p ? PackColor(slots.color[p]) : words[from];
-    StorePlane(tile, *surface.triangle, fragments, p, slots.color[from], words[p]);
+                        bool shareAll, int& ahead, Tile& tile) {
+  Color slots[kPlanes];
+  const auto store = [&](int p, int slot) __attribute__((always_inline)) {
+    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[slot], PackColor(slots[slot]));
+  };
+  const Sharing sharing = ShadeShared(surface, weights, fragments, shareAll, ahead, slots);
+  ahead = sharing == Sharing::kOne ? 1 : sharing <= Sharing::kMiddle ? 2 : 4;
+  switch (sharing) {
+    case Sharing::kOne: {
+      const Ints words = PackColor(slots[0]);
+      for (int p = 0; p < kPlanes; ++p) StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[0], words);
+      return;
+    }
+    case Sharing::kDiagonal:
+      return store(0, 0), store(3, 3);
+    case Sharing::kMiddle: {
+      const Ints words = PackColor(slots[1]);
+      store(0, 0);
+      StorePlane<kOpaque>(tile, *surface.triangle, fragments, 1, slots[1], words);
+      StorePlane<kOpaque>(tile, *surface.triangle, fragments, 2, slots[1], words);
+      return store(3, 3);
+    }
+    case Sharing::kThree:
+      return store(0, 0), store(2, 2), store(3, 3);
+    case Sharing::kAveraged:
+    case Sharing::kNone:
+      return store(0, 0), store(1, 1), store(2, 2), store(3, 3);
   }
 }
 
 /// One colour in all lanes: nothing varies, so the planes share it whatever the mode, and it packs to its own bytes.
+template <bool kOpaque>
 LANE_FN void DrawConstant(const Surface& surface, const Fragments& fragments, Tile& tile) {
-  const Color color = ConstantColor<Floats>(surface);
   const Ints words = Splat(static_cast<std::int32_t>(surface.triangle->color[0]));
-  for (int p = 0; p < kPlanes; ++p) StorePlane(tile, *surface.triangle, fragments, p, color, words);
+  const PartColor c = ConstantColor(surface);
+  const Color color = {c.r, c.g, c.b, c.a};
+  for (int p = 0; p < kPlanes; ++p) StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, color, words);
+}
+
+template <bool kOpaque>
+LANE_FN void Draw(const KernelFrameArgs& args, const Surface& surface, const Fragments& fragments,
+                  const Barycentrics (&weights)[kPlanes], int& ahead, Tile& tile) {
+  if (surface.constantColor && surface.texture == nullptr) {
+    DrawConstant<kOpaque>(surface, fragments, tile);
+  } else if (args.kernelMode == 0) {
+    DrawUnshared<kOpaque>(surface, fragments, weights, tile);
+  } else {
+    DrawShared<kOpaque>(surface, fragments, weights, args.kernelMode != 1, ahead, tile);
+  }
 }
 
 LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
@@ -70,25 +182,26 @@ LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries,
                       Tile& tile) {
   const Centres centres = TileCentres(tile);
   const TileCorners corners = CornersOf(tile);
+  int ahead = 4;  // planes that the last triangle came to shade: likely as many as the next one will
   for (std::int32_t i = 0; i < entryCount; ++i) {
     const TriangleRecord& t = args.triangles[entries[i]];
     if (BehindBound(t, bound)) continue;
+    const DepthStep step = DepthStepOf(t);
     Fragments fragments;
     Barycentrics weights[kPlanes];
-    if (!FindFragments(args, t, centres, corners, tile, fragments, weights)) continue;
+    if (!FindFragments(args, t, centres, corners, step, tile, fragments, weights)) continue;
     if (!tile.colorLoaded) {
       LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
       tile.colorLoaded = tile.colorDirty = true;
     }
-    if (t.depthTest != 0 && t.depthWrite != 0) tile.depthDirty = true;
+    fragments.writesDepth = step == DepthStep::kKeep && t.depthWrite != 0;
+    if (fragments.writesDepth || WritesAtOnce(step)) tile.depthDirty = true;
     Surface surface;
     SetUpSurface(args, t, surface);
-    if (surface.constantColor && surface.texture == nullptr) {
-      DrawConstant(surface, fragments, tile);
-    } else if (args.kernelMode == 0) {
-      DrawUnshared(surface, fragments, weights, tile);
+    if (fragments.writesDepth || t.alphaTest != 0 || Blends(t.blendMode)) {
+      Draw<false>(args, surface, fragments, weights, ahead, tile);
     } else {
-      DrawShared(surface, fragments, weights, args.kernelMode != 1, tile);
+      Draw<true>(args, surface, fragments, weights, ahead, tile);
     }
   }
   FinishTile(args, tile);

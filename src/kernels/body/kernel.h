@@ -19,6 +19,7 @@
 #include "kernels/body/fetch.h"
 #include "kernels/body/filter.h"
 #include "kernels/body/combine.h"
+#include "kernels/body/shade.h"
 #include "kernels/body/blend.h"
 #include "kernels/body/store.h"
 #include "kernels/body/sharing.h"

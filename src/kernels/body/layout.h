@@ -16,7 +16,7 @@ LANE_FN std::int32_t PlaneDy(int plane) { return plane >> 1; }
 template <typename Lanes>
 using IntsOf = decltype(Bits(Lanes{}));
 
-LANE_FN Mask AllLanes() { return Equal(Splat(0), Splat(0)); }
+LANE_FN MaskPart AllLanesOfPart() { return Equal(Splat(0), Splat(0)); }
 
 /// The pixels of one step: bounds, and the buffers' pixels in plane order while the list is worked off.
 struct Tile {
@@ -33,7 +33,10 @@ LANE_FN void StartTile(Tile& tile, std::int32_t x0, std::int32_t y0, std::int32_
   tile.y0 = y0;
   tile.whole = x1 - x0 >= 8 && y1 - y0 >= kStepRows;
   tile.colorLoaded = tile.depthLoaded = tile.colorDirty = tile.depthDirty = false;
-  if (tile.whole) return;
+  if (tile.whole) {
+    for (Mask& m : tile.inBounds) m = AllLanesOfPart();
+    return;
+  }
   for (int p = 0; p < kPlanes; ++p) {
     const Ints x = Add(Splat(x0 + PlaneDx(p)), LaneColumns());
     const Ints y = Add(Splat(y0 + PlaneDy(p)), LaneRows());

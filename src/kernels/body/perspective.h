@@ -4,26 +4,22 @@
 namespace tlr2 {
 namespace {
 
-struct Attribute {
-  float overW[3];
-};
-
 /// What shading needs of a triangle.
 struct Surface {
   const TriangleRecord* triangle;
   const TextureCacheEntry* texture;  // null for none
   bool constantColor;
-  float color[4];        // red, green, blue, alpha of all lanes, where constant
-  Attribute channel[4];  // otherwise
-  Attribute s, t;
+  float color[4];     // the bytes of all lanes from the lowest, where constant
+  float overW[3][4];  // otherwise the bytes over w, a vertex each
+  float s[4], t[4];   // over w; the last elements mean nothing
 };
 
 LANE_FN float ByteAsFloat(std::uint32_t color, int shift) {
   return static_cast<float>(static_cast<std::int32_t>(color >> shift & 0xFF));
 }
-constexpr int kChannelShift[4] = {16, 8, 0, 24};
 
-LANE_FN void SetUpSurface(const KernelFrameArgs& args, const TriangleRecord& t, Surface& surface) {
+/// Not inlined, so that the surface lies in memory, as the edges do.
+[[gnu::noinline]] void SetUpSurface(const KernelFrameArgs& args, const TriangleRecord& t, Surface& surface) {
   surface.triangle = &t;
   surface.texture = nullptr;
   const bool indexed = t.textureIndex < args.textureCacheCount;
@@ -33,31 +29,23 @@ LANE_FN void SetUpSurface(const KernelFrameArgs& args, const TriangleRecord& t, 
   }
   // The index alone decides for the replacing environment: with an empty entry the first colour shows flat.
   surface.constantColor = (t.color[0] == t.color[1] && t.color[1] == t.color[2]) || (indexed && t.texEnvMode == 1);
-  for (int c = 0; c < 4; ++c) {
-    surface.color[c] = ByteAsFloat(t.color[0], kChannelShift[c]);
-    if (surface.constantColor) continue;
-    for (int i = 0; i < 3; ++i) {
-      surface.channel[c].overW[i] = ByteAsFloat(t.color[i], kChannelShift[c]) * t.invW[i];
-    }
+  if (surface.constantColor) {
+    StoreQuad(surface.color, BytesAsFloats(t.color[0]));
+  } else {
+    for (int i = 0; i < 3; ++i) StoreQuad(surface.overW[i], Mul(BytesAsFloats(t.color[i]), SplatQuad(t.invW[i])));
   }
   if (surface.texture == nullptr) return;
-  for (int i = 0; i < 3; ++i) {
-    surface.s.overW[i] = t.s[i] * t.invW[i];
-    surface.t.overW[i] = t.t[i] * t.invW[i];
-  }
+  const Quad invW = FirstThree(LoadQuad(t.invW));
+  StoreQuad(surface.s, Mul(LoadQuad(t.s), invW));
+  StoreQuad(surface.t, Mul(LoadQuad(t.t), invW));
 }
 
-template <typename Lanes>
-LANE_FN Lanes PerspectiveW(const Surface& surface, const BarycentricsOf<Lanes>& w) {
-  const float* invW = surface.triangle->invW;
-  const Lanes one = Splat(1.0f);
-  return Div(one, Weigh(w, invW[0], invW[1], invW[2]));
-}
-
-template <typename Lanes>
-LANE_FN Lanes Interpolate(const Attribute& a, const BarycentricsOf<Lanes>& w, Lanes perspectiveW) {
-  return Mul(perspectiveW, Weigh(w, a.overW[0], a.overW[1], a.overW[2]));
-}
+/// Three vertices' values in all lanes.
+struct Vertices {
+  FloatsPart v[3];
+};
+LANE_FN Vertices SplatVertices(float v0, float v1, float v2) { return {{Splat(v0), Splat(v1), Splat(v2)}}; }
+LANE_FN FloatsPart Weigh(const PartBarycentrics& w, const Vertices& of) { return Weigh(w, of.v[0], of.v[1], of.v[2]); }
 
 }  // namespace
 }  // namespace tlr2

@@ -17,20 +17,22 @@ LANE_FN Lanes Luminance(const ColorOf<Lanes>& c) {
   return Mul(weighted, Splat(kByteScale));
 }
 
-/// Greatest squared distance of a lane's luminance from the mean; dead lanes take part, NaN stays NaN.
-LANE_FN float PlaneStatistic(const Color& c) {
-  const Floats luminance = Luminance(c);
-  const float mean = Sum(luminance) * (1.0f / kLanes);
-  const Floats distance = Sub(luminance, Splat(mean));
-  return Greatest(Mul(distance, distance));
-}
+/// Whether lanes spread so far that the statistic of their plane cannot be less than the square of `root`, whatever the
+/// lanes hold that are not asked: wherever the mean lies, one of two lanes is half their distance away from it. The
+/// margin covers the rounding; a mean that is not a number stops nothing either.
+LANE_FN bool SpreadsBeyond(float spread, float root) { return spread > 2 * root * 1.001f; }
+LANE_FN float SpreadOf(FloatsPart x) { return Greatest(x) + Greatest(Sub(Splat(0.0f), x)); }
 
-/// Whether the part alone spreads so far that the statistic of its plane cannot be less than the threshold, whatever
-/// the other lanes hold: wherever the mean lies, one of two lanes is half their distance away from it. The margin
-/// covers the rounding; a mean that is not a number stops nothing either.
-LANE_FN bool SpreadsBeyond(const ColorOf<FloatsPart>& c, float twiceRoot) {
-  const FloatsPart luminance = Luminance(c), zero = Splat(0.0f);
-  return Greatest(luminance) + Greatest(Sub(zero, luminance)) > twiceRoot * 1.001f;
+/// Whether the greatest squared distance of a lane's luminance from the mean is less than `square`, which is that of
+/// `root`; dead lanes take part, NaN is never less. Differences and squares round monotonically, so the extremes are
+/// the most distant lanes; and often their spread answers before the mean is known. A NaN reaches the mean.
+LANE_FN bool StatisticBelow(const Color& c, float root, float square) {
+  const Floats luminance = Luminance(c);
+  const Extremes extremes = ExtremesOf(luminance);
+  if (SpreadsBeyond(extremes.greatest + extremes.leastNegated, root)) return false;
+  const float mean = Sum(luminance) * (1.0f / kLanes);
+  const float above = extremes.greatest - mean, below = extremes.leastNegated + mean;
+  return square > above * above && square > below * below;
 }
 
 LANE_FN Color Average(const Color& x, const Color& y) {
@@ -42,55 +44,89 @@ LANE_FN Color Average(const Color& x, const Color& y, const Color& z) {
       0.33333334f);
 }
 
-/// The shaded and averaged colours, and which of them each plane takes. A plane takes its own or an earlier one's.
-struct Slots {
-  Color color[kPlanes];
-  int of[kPlanes];
+/// Which slots hold colours, and of which planes: planes without a live lane need none.
+enum class Sharing {
+  kOne,       // slot 0, for all planes
+  kDiagonal,  // slots 0 and 3, no other plane being alive
+  kMiddle,    // slots 0 and 3, and slot 1 for planes 1 and 2
+  kThree,     // slots 0, 2 and 3, plane 1 being dead
+  kAveraged,  // each its own, slot 1 being the mean of the others
+  kNone,      // each its own, all shaded
 };
 
-/// Shades a plane's parts. Tells whether its statistic is less than the square of `root`, for which the other parts are
-/// shaded only if these ones leave it open.
-LANE_FN bool ShadeAndCompare(const Surface& surface, const Barycentrics& w, PartSet parts, float root, float square,
-                             Color& color) {
-  ShadeParts(surface, w, parts, color);
-  if (parts != kAllParts) {
-    const int part = __builtin_ctz(parts);
-    const ColorOf<FloatsPart> c = {PartOf(color.r, part), PartOf(color.g, part), PartOf(color.b, part),
-                                   PartOf(color.a, part)};
-    if (SpreadsBeyond(c, 2 * root)) return false;
-    ShadeParts(surface, w, kAllParts & ~parts, color);
+/// The slots of a triangle being shaded, and which parts of them are.
+struct SlotShader {
+  const Surface& surface;
+  const Barycentrics (&weights)[kPlanes];
+  Color (&slots)[kPlanes];
+  PartSet done[kPlanes];
+
+  LANE_FN void Ensure(int plane, PartSet parts) {
+    const PartSet missing = parts & ~done[plane];
+    if (missing == 0) return;
+    SomeUnits units;
+    units.Add(plane, missing);
+    Shade(surface, weights, units.List(), slots);
+    done[plane] |= parts;
   }
-  return square > PlaneStatistic(color);
-}
+
+  /// Shades the first planes in their order.
+  LANE_FN void EnsureFirst(int planes, const PartSet (&parts)[kPlanes], bool all) {
+    SomeUnits some;
+    UnitList list = {kAllUnits.unit, planes * kParts};
+    if (!all) {
+      for (int i = 0; i < planes; ++i) some.Add(kPlaneOrder[i], parts[kPlaneOrder[i]]);
+      list = some.List();
+    }
+    Shade(surface, weights, list, slots);
+    for (int i = 0; i < planes; ++i) done[kPlaneOrder[i]] = parts[kPlaneOrder[i]];
+  }
+
+  /// Shades a plane's parts. Tells whether its statistic is less than the square of `root`, for which the other parts
+  /// are shaded only if these ones leave it open.
+  LANE_FN bool EnsureAndCompare(int plane, PartSet parts, float root, float square) {
+    Ensure(plane, parts);
+    const Color& color = slots[plane];
+    if (parts != kAllParts) {
+      const int part = __builtin_ctz(parts);
+      const PartColor c = {PartOf(color.r, part), PartOf(color.g, part), PartOf(color.b, part), PartOf(color.a, part)};
+      if (SpreadsBeyond(SpreadOf(Luminance(c)), root)) return false;
+      Ensure(plane, kAllParts);
+    }
+    return StatisticBelow(color, root, square);
+  }
+};
 
 /// `shareAll` stops after plane 0 whatever it shows. A plane's part is shaded only if a live lane can still depend on
-/// it: through its own slot, an averaged one, or the plane's statistic.
-LANE_FN void ShadeShared(const Surface& surface, const Barycentrics (&weights)[kPlanes], const Mask (&live)[kPlanes],
-                         bool shareAll, Slots& slots) {
-  slots.of[0] = slots.of[1] = slots.of[2] = slots.of[3] = 0;
-  const PartSet parts1 = LiveParts(live[1]), parts2 = parts1 | LiveParts(live[2]), parts3 = parts2 | LiveParts(live[3]);
-  const PartSet parts0 = parts3 | LiveParts(live[0]);
-  if (shareAll || parts3 == 0) return ShadeParts(surface, weights[0], parts0, slots.color[0]);
-  if (ShadeAndCompare(surface, weights[0], parts0, kRootAll, kShareAll, slots.color[0])) return;
+/// it: through its own slot, an averaged one, or the plane's statistic. The first `ahead` planes
+/// are shaded at once, wanted or not, which changes no slot that is used.
+LANE_FN Sharing ShadeShared(const Surface& surface, const Barycentrics (&weights)[kPlanes], const Fragments& fragments,
+                            bool shareAll, int ahead, Color (&slots)[kPlanes]) {
+  PartSet parts[kPlanes] = {kAllParts, kAllParts, kAllParts, kAllParts};
+  if (!fragments.allLive) {
+    parts[1] = LiveParts(fragments.live[1]);
+    parts[2] = parts[1] | LiveParts(fragments.live[2]);
+    parts[3] = parts[2] | LiveParts(fragments.live[3]);
+    parts[0] = parts[3] | LiveParts(fragments.live[0]);
+  }
+  SlotShader shader{surface, weights, slots, {}};
+  if (shareAll || parts[3] == 0) return shader.Ensure(0, parts[0]), Sharing::kOne;
+  if (ahead > 1) shader.EnsureFirst(ahead, parts, fragments.allLive);
+  if (shader.EnsureAndCompare(0, parts[0], kRootAll, kShareAll)) return Sharing::kOne;
 
-  slots.of[3] = 3;
-  if (parts2 == 0) return ShadeParts(surface, weights[3], parts3, slots.color[3]);
-  if (ShadeAndCompare(surface, weights[3], parts3, kRootDiagonal, kShareDiagonal, slots.color[3])) {
-    slots.color[1] = Average(slots.color[0], slots.color[3]);
-    slots.of[1] = slots.of[2] = 1;
-    return;
+  if (parts[2] == 0) return shader.Ensure(3, parts[3]), Sharing::kDiagonal;
+  if (shader.EnsureAndCompare(3, parts[3], kRootDiagonal, kShareDiagonal)) {
+    slots[1] = Average(slots[0], slots[3]);
+    return Sharing::kMiddle;
   }
 
-  slots.of[2] = 2;
-  if (parts1 == 0) return ShadeParts(surface, weights[2], parts2, slots.color[2]);
-  if (ShadeAndCompare(surface, weights[2], parts2, kRootThree, kShareThree, slots.color[2])) {
-    slots.color[1] = Average(slots.color[0], slots.color[3], slots.color[2]);
-    slots.of[1] = 1;
-    return;
+  if (parts[1] == 0) return shader.Ensure(2, parts[2]), Sharing::kThree;
+  if (shader.EnsureAndCompare(2, parts[2], kRootThree, kShareThree)) {
+    slots[1] = Average(slots[0], slots[3], slots[2]);
+    return Sharing::kAveraged;
   }
-
-  slots.of[1] = 1;
-  ShadeParts(surface, weights[1], parts1, slots.color[1]);
+  shader.Ensure(1, parts[1]);
+  return Sharing::kNone;
 }
 
 }  // namespace

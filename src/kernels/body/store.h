@@ -7,25 +7,31 @@ namespace {
 /// What coverage and the depth test left of a triangle in this tile.
 struct Fragments {
   Mask live[kPlanes];
-  Floats z[kPlanes];
+  bool allLive;       // all lanes of all planes; where it is false they may be all the same
+  Floats z[kPlanes];  // where the depth is yet to be written
+  bool writesDepth;
 };
 
-LANE_FN void StoreColor(Tile& tile, int plane, Mask live, Ints words) {
-  tile.color[plane] = Select(live, words, tile.color[plane]);
-}
-
-/// `words` are the packed fragments where nothing blends.
+/// `words` are the packed fragments. Opaque fragments meet no alpha test, blend with nothing, and have left their
+/// depth.
+template <bool kOpaque>
 LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fragments, int plane, const Color& source,
                         Ints words) {
-  Mask live = fragments.live[plane];
-  if (t.alphaTest != 0) live = And(live, AlphaPasses(source));
-  if (Blends(t.blendMode)) {
-    const Color result = Blend(t.blendMode, source, UnpackBytes(tile.color[plane]));
-    words = PackBytes(result.r, result.g, result.b, result.a);
+  if (kOpaque && fragments.allLive) {
+    tile.color[plane] = words;
+    return;
   }
-  StoreColor(tile, plane, live, words);
-  if (t.depthTest != 0 && t.depthWrite != 0) {
-    tile.depth[plane] = Select(live, fragments.z[plane], tile.depth[plane]);
+  Mask live = fragments.live[plane];
+  if constexpr (!kOpaque) {
+    if (t.alphaTest != 0) live = And(live, AlphaPasses(source));
+    if (Blends(t.blendMode)) {
+      const Color result = Blend(t.blendMode, source, UnpackBytes(tile.color[plane]));
+      words = PackBytes(result.r, result.g, result.b, result.a);
+    }
+  }
+  tile.color[plane] = Select(live, words, tile.color[plane]);
+  if constexpr (!kOpaque) {
+    if (fragments.writesDepth) tile.depth[plane] = Select(live, fragments.z[plane], tile.depth[plane]);
   }
 }
 

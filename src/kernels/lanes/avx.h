@@ -116,6 +116,16 @@ LANE_FN float Greatest(FloatsPart x) {
   m = _mm_max_ps(m, _mm_movehl_ps(m, m));
   return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
 }
+/// Over all lanes of two parts.
+LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
+  const __m256 high = _mm256_max_ps(x.v, y.v);
+  const __m256 low = _mm256_xor_ps(_mm256_min_ps(x.v, y.v), _mm256_set1_ps(-0.0f));
+  // The greatest lanes into the lower 128 bits, the least ones, negated, into the upper ones.
+  __m256 m = _mm256_max_ps(_mm256_permute2f128_ps(high, low, 0x20), _mm256_permute2f128_ps(high, low, 0x31));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0x4E));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0xB1));
+  return {_mm_cvtss_f32(_mm256_castps256_ps128(m)), _mm_cvtss_f32(_mm256_extractf128_ps(m, 1))};
+}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(x.a); }
 /// Lanes 3, 2, 1, 0 of each group of four.
 LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
@@ -162,6 +172,7 @@ LANE_FN void GatherPairsQuarter(const void* base, const std::int32_t* o, __m128i
   first = _mm_castps_si128(_mm_shuffle_ps(p, q, 0x88));
   second = _mm_castps_si128(_mm_shuffle_ps(p, q, 0xDD));
 }
+LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return Gather(base, byteOffsets); }
 /// The words at byte offsets and the words right behind them.
 LANE_FN void GatherPairs(const void* base, IntsPart byteOffsets, IntsPart& first, IntsPart& second) {
   alignas(16) std::int32_t o[8];

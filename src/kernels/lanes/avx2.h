@@ -101,6 +101,16 @@ LANE_FN float Greatest(FloatsPart x) {
   m = _mm_max_ps(m, _mm_movehl_ps(m, m));
   return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
 }
+/// Over all lanes of two parts.
+LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
+  const __m256 high = _mm256_max_ps(x.v, y.v);
+  const __m256 low = _mm256_xor_ps(_mm256_min_ps(x.v, y.v), _mm256_set1_ps(-0.0f));
+  // The greatest lanes into the lower 128 bits, the least ones, negated, into the upper ones.
+  __m256 m = _mm256_max_ps(_mm256_permute2f128_ps(high, low, 0x20), _mm256_permute2f128_ps(high, low, 0x31));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0x4E));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0xB1));
+  return {_mm_cvtss_f32(_mm256_castps256_ps128(m)), _mm_cvtss_f32(_mm256_extractf128_ps(m, 1))};
+}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(_mm256_castsi256_si128(x.v)); }
 /// Lanes 3, 2, 1, 0 of each group of four.
 LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
@@ -126,6 +136,20 @@ LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
 LANE_FN __m128i TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
   return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + first)),
                             _mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + second)));
+}
+/// Two lanes' words.
+LANE_FN __m128i TwoWords(const char* base, std::int32_t first, std::int32_t second) {
+  return _mm_unpacklo_epi32(_mm_loadu_si32(base + first), _mm_loadu_si32(base + second));
+}
+/// The same, with a load a lane: where all lanes' offsets are at hand early, that is faster than the gather, which runs
+/// out of microcode.
+LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) {
+  const char* bytes = static_cast<const char*>(base);
+  alignas(32) std::int32_t o[8];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(o), byteOffsets.v);
+  const __m128i low = _mm_unpacklo_epi64(TwoWords(bytes, o[0], o[1]), TwoWords(bytes, o[2], o[3]));
+  const __m128i high = _mm_unpacklo_epi64(TwoWords(bytes, o[4], o[5]), TwoWords(bytes, o[6], o[7]));
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
 /// The words at byte offsets and the words right behind them. A load a lane: gathers of pairs take longer, since they
 /// run out of microcode.

@@ -90,6 +90,7 @@ LANE_FN bool All(Mask m) { return All(And(m.part[0], m.part[1])); }
 LANE_FN std::int32_t FirstLane(Ints x) { return FirstLane(x.part[0]); }
 /// Pairwise tree over adjacent lanes.
 LANE_FN float Sum(Floats x) { return Sum(x.part[0], x.part[1]); }
+LANE_FN Extremes ExtremesOf(Floats x) { return ExtremesOf(x.part[0], x.part[1]); }
 LANE_FN float Greatest(Floats x) { return Greatest(Max(x.part[0], x.part[1])); }
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {

@@ -5,6 +5,11 @@
 namespace tlr2 {
 namespace {
 
+/// Of all lanes; anything where one is NaN.
+struct Extremes {
+  float greatest, leastNegated;
+};
+
 struct Quad {
   __m128 v;
 };
@@ -24,6 +29,12 @@ LANE_FN Quad Or(Quad x, Quad y) { return {_mm_or_ps(x.v, y.v)}; }
 LANE_FN Quad Less(Quad x, Quad y) { return {_mm_cmplt_ps(x.v, y.v)}; }
 LANE_FN Quad LessEqual(Quad x, Quad y) { return {_mm_cmple_ps(x.v, y.v)}; }
 LANE_FN Quad Equal(Quad x, Quad y) { return {_mm_cmpeq_ps(x.v, y.v)}; }
+/// Elements 0, 1, 2, 2: nothing behind three floats takes part.
+LANE_FN Quad FirstThree(Quad x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 2, 1, 0))}; }
+/// Bytes 0 to 3 of a word, from the lowest.
+LANE_FN Quad BytesAsFloats(std::uint32_t word) {
+  return {_mm_cvtepi32_ps(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(static_cast<int>(word))))};
+}
 /// Bits of the first three elements' masks.
 LANE_FN int EdgeBits(Quad mask) { return _mm_movemask_ps(mask.v) & 7; }
 LANE_FN Quad MulSub(Quad x, Quad y, Quad z) {

@@ -98,6 +98,15 @@ LANE_FN float Greatest(FloatsPart x) {
   const __m128 m = _mm_max_ps(x.v, _mm_movehl_ps(x.v, x.v));
   return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
 }
+/// Over all lanes of two parts.
+LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
+  const __m128 high = _mm_max_ps(x.v, y.v);
+  const __m128 low = _mm_xor_ps(_mm_min_ps(x.v, y.v), _mm_set1_ps(-0.0f));
+  // The greatest lanes into elements 0 and 1, the least ones, negated, into 2 and 3.
+  __m128 m = _mm_max_ps(_mm_movelh_ps(high, low), _mm_movehl_ps(low, high));
+  m = _mm_max_ps(m, _mm_shuffle_ps(m, m, 0xB1));
+  return {_mm_cvtss_f32(m), _mm_cvtss_f32(_mm_movehl_ps(m, m))};
+}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(x.v); }
 /// Lanes 3, 2, 1, 0 of each group of four.
 LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
@@ -126,6 +135,7 @@ LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
   _mm_store_si128(reinterpret_cast<__m128i*>(o), byteOffsets.v);
   return {_mm_setr_epi32(WordAt(base, o[0]), WordAt(base, o[1]), WordAt(base, o[2]), WordAt(base, o[3]))};
 }
+LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return Gather(base, byteOffsets); }
 /// The words at byte offsets and the words right behind them.
 LANE_FN void GatherPairs(const void* base, IntsPart byteOffsets, IntsPart& first, IntsPart& second) {
   alignas(16) std::int32_t o[4];
