@@ -5,9 +5,6 @@
 #include <cstddef>
 #include <cstring>
 
-#include "capture/blob_list.h"
-#include "capture/format.h"
-
 namespace tlr2 {
 namespace {
 
@@ -38,9 +35,24 @@ CaptureTexture TextureEntry(std::uint32_t slot, const TextureObject& object, std
   return entry;
 }
 
+}  // namespace
+
+GatheredTextures GatherTextures(const std::vector<TextureObject>& textures) {
+  GatheredTextures gathered;
+  gathered.entries.reserve(textures.size());
+  for (std::uint32_t slot = 0; slot < textures.size(); ++slot) {
+    const TextureObject& object = textures[slot];
+    const std::uint32_t blob =
+        gathered.blobs.Add(kBlobKindTexels, object.pixels.data(), std::uint64_t{object.pixels.size()} * 4);
+    gathered.entries.push_back(TextureEntry(slot, object, blob));
+  }
+  return gathered;
+}
+
 // The sections in order; the header goes out twice, the second time with the positions that the first pass found.
-bool WriteStart(std::FILE* file, const StateSnapshot& snapshot, const std::vector<CaptureTexture>& textures,
-                BlobList& blobs, std::int32_t width, std::int32_t height) noexcept {
+bool WriteCaptureStart(std::FILE* file, const StateSnapshot& snapshot, GatheredTextures& textures, std::int32_t width,
+                       std::int32_t height) noexcept {
+  BlobList& blobs = textures.blobs;
   CaptureHeader header = {};
   header.magic0 = kCaptureMagic0;
   header.magic1 = kCaptureMagic1;
@@ -49,13 +61,13 @@ bool WriteStart(std::FILE* file, const StateSnapshot& snapshot, const std::vecto
   header.frameCount = kCaptureOpen;
   header.width = static_cast<std::uint32_t>(width);
   header.height = static_cast<std::uint32_t>(height);
-  header.textureCount = static_cast<std::uint32_t>(textures.size());
+  header.textureCount = static_cast<std::uint32_t>(textures.entries.size());
   header.blobCount = static_cast<std::uint32_t>(blobs.table.size());
   if (!WriteBytes(file, &header, sizeof header)) return false;
   header.keyframeOffset = Position(file);
   if (!WriteBytes(file, &snapshot, sizeof snapshot)) return false;
   header.textureTableOffset = Position(file);
-  if (!WriteBytes(file, textures.data(), textures.size() * sizeof(CaptureTexture))) return false;
+  if (!WriteBytes(file, textures.entries.data(), textures.entries.size() * sizeof(CaptureTexture))) return false;
   header.blobTableOffset = Position(file);
   std::uint64_t payloadOffset = header.blobTableOffset + blobs.table.size() * sizeof(CaptureBlob);
   for (CaptureBlob& blob : blobs.table) {
@@ -70,22 +82,6 @@ bool WriteStart(std::FILE* file, const StateSnapshot& snapshot, const std::vecto
   header.frameRecordsOffset = Position(file);
   if (std::fseek(file, 0, SEEK_SET) != 0 || !WriteBytes(file, &header, sizeof header)) return false;
   return std::fseek(file, 0, SEEK_END) == 0;
-}
-
-}  // namespace
-
-bool WriteCaptureStart(std::FILE* file, const StateSnapshot& snapshot, const std::vector<TextureObject>& textures,
-                       std::int32_t width, std::int32_t height) {
-  BlobList blobs;
-  std::vector<CaptureTexture> entries;
-  entries.reserve(textures.size());
-  for (std::uint32_t slot = 0; slot < textures.size(); ++slot) {
-    const TextureObject& object = textures[slot];
-    const std::uint32_t blob =
-        blobs.Add(kBlobKindTexels, object.pixels.data(), std::uint64_t{object.pixels.size()} * 4);
-    entries.push_back(TextureEntry(slot, object, blob));
-  }
-  return WriteStart(file, snapshot, entries, blobs, width, height);
 }
 
 bool WriteFrameRecord(std::FILE* file, const ByteVector& stream, const ByteVector& blob, const std::uint8_t* pixels,

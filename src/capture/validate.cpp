@@ -143,6 +143,7 @@ std::string CaptureCheck::Textures(const std::vector<TextureObject>& textures) {
   if (textures.size() > limits_.textureNames) return Fault("%zu textures are beyond the limits", textures.size());
   for (std::size_t name = 0; name < textures.size(); ++name) {
     const TextureObject& object = textures[name];
+    used_.push_back(object.inUse != 0);
     if (object.hasImage == 0) continue;
     if (object.width < 1 || object.height < 1 || !LevelsFit(object)) {
       return Fault("texture %zu: its levels do not follow from its size or do not fit its texels", name);
@@ -186,8 +187,12 @@ std::string CaptureCheck::Record(const RecordWalk& walk, const ByteVector& blob)
         return Fault("texture name %u is beyond the limits", static_cast<unsigned>(r.name));
       }
       bound_ = r.name;
+      if (r.name >= used_.size()) used_.resize(std::size_t{r.name} + 1);
+      used_[r.name] = true;
       return {};
     }
+    case Cmd::GenTextures:
+      return Generation(walk.As<CmdGenTextures>().n);
     case Cmd::DeleteTextures:
       return Deletion(walk.As<CmdDeleteTextures>(), blob);
     case Cmd::TexImage2D: {
@@ -212,6 +217,22 @@ std::string CaptureCheck::Upload(const CmdTexImage2D& r) {
   return Hold(bound_, Chain(width, height).texels * 4) ? std::string() : TooManyTexels();
 }
 
+/// The lowest free names are handed out first, so that the table grows only when none is free.
+std::string CaptureCheck::Generation(std::int32_t count) {
+  if (count < 1) return {};
+  if (used_.empty()) used_.push_back(true);
+  std::size_t name = 1;
+  for (std::int32_t i = 0; i < count; ++i) {
+    while (name < used_.size() && used_[name]) ++name;
+    if (name >= limits_.textureNames) {
+      return Fault("%d more texture names are beyond the limits", static_cast<int>(count));
+    }
+    if (name == used_.size()) used_.push_back(true);
+    used_[name] = true;
+  }
+  return {};
+}
+
 std::string CaptureCheck::Deletion(const CmdDeleteTextures& r, const ByteVector& blob) {
   if (std::string fault = BlobRange(blob, r.blobOffset, r.blobSize); !fault.empty()) return fault;
   if (r.n < 0 || std::uint64_t{r.blobSize} != static_cast<std::uint64_t>(r.n) * 4) {
@@ -226,6 +247,7 @@ std::string CaptureCheck::Deletion(const CmdDeleteTextures& r, const ByteVector&
       texelBytes_ -= held->second;
       held_.erase(held);
     }
+    if (name < used_.size()) used_[name] = false;
     if (name == bound_) bound_ = 0;
   }
   return {};

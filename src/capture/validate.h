@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "capture/reader.h"
 
@@ -37,6 +38,7 @@ class CaptureCheck {
   std::string Textures(const std::vector<TextureObject>& textures);
   std::string Record(const class RecordWalk& walk, const ByteVector& blob);
   std::string Upload(const struct CmdTexImage2D& record);
+  std::string Generation(std::int32_t count);
   std::string Deletion(const struct CmdDeleteTextures& record, const ByteVector& blob);
   bool Hold(std::uint32_t name, std::uint64_t bytes);
   std::string TooManyTexels() const;
@@ -45,6 +47,7 @@ class CaptureCheck {
   std::size_t frame_ = 0;
   std::int64_t width_ = 0, height_ = 0;  // of the surface that everything so far needs
   std::uint32_t bound_ = 0;
+  std::vector<bool> used_;  // names in use, as long as the texture table
   std::uint64_t texelBytes_ = 0;
   std::unordered_map<std::uint32_t, std::uint64_t> held_;  // texel bytes by texture name
 };

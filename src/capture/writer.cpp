@@ -56,10 +56,11 @@ bool BeginCaptureIfDue(const DriverState& clone, const StateSnapshot& snapshot, 
   const std::int32_t frame = currentFrame.load(std::memory_order_relaxed);
   if (first < 0 || frame < first || frame > captureLastFrame.load(std::memory_order_relaxed)) return true;
   if (writer.file != nullptr || writer.name[0] == '\0') return true;
+  GatheredTextures textures = GatherTextures(clone.textureTable);
   std::FILE* file = std::fopen(writer.name, "wb");
   if (file == nullptr) return false;
   std::setvbuf(file, fileBuffer, _IOFBF, sizeof fileBuffer);
-  if (!WriteCaptureStart(file, snapshot, clone.textureTable, width, height)) {
+  if (!WriteCaptureStart(file, snapshot, textures, width, height)) {
     std::fclose(file);
     return false;
   }

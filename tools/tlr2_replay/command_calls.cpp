@@ -12,6 +12,8 @@
 namespace tlr2::tool {
 namespace {
 
+constexpr std::uint32_t kRecordsBetweenLooks = 4096;
+
 struct CallFilter {
   std::vector<FrameSpan> records, primitives;  // empty: all
   std::optional<std::regex> pattern;
@@ -71,13 +73,13 @@ class CallPrinter {
 void PrintFrame(const CaptureContents& contents, std::uint32_t frame, const CallFilter& filter, CallPrinter& printer) {
   PrimitiveCounter primitives;
   for (RecordWalk walk(contents.streams[frame]); walk.Next();) {
+    if (walk.index() % kRecordsBetweenLooks == 0) StopIfInterrupted();
     const std::uint32_t primitive = primitives.Of(walk);
     if (!filter.Place(walk.index(), primitive)) continue;
     const CallText call = DescribeRecord(walk, contents.blobs[frame]);
     const std::string line = call.Line();
     if (filter.pattern && !std::regex_search(line, *filter.pattern)) continue;
     printer.Print(frame, walk.index(), primitive, call, line);
-    if (walk.index() % 4096 == 0) StopIfInterrupted();
   }
 }
 

@@ -265,7 +265,8 @@ int RunTrim(const Words& words) {
   std::int32_t width = 0, height = 0;
   SurfaceSizeAt(capture, span.first, width, height);
   OutputFile out(to);
-  if (!WriteCaptureStart(out.file(), boundaries[0].snapshot, textures, width, height)) {
+  GatheredTextures gathered = GatherTextures(textures);
+  if (!WriteCaptureStart(out.file(), boundaries[0].snapshot, gathered, width, height)) {
     throw CommandFailure{kFailed, "cannot write '" + out.partPath() + "'"};
   }
   WriteFrames(capture, span, references, out);

@@ -1,0 +1,1 @@
+tlr2_replay info --json cut.tlr2-capture

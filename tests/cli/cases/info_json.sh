@@ -1,0 +1,1 @@
+tlr2_replay info --json small.tlr2-capture

@@ -1,0 +1,1 @@
+tlr2_replay info wide_viewport.tlr2-capture

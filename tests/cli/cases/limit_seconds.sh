@@ -1,0 +1,1 @@
+tlr2_replay textures --max-seconds 1 endless.tlr2-capture

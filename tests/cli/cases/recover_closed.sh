@@ -1,0 +1,1 @@
+tlr2_replay recover small.tlr2-capture out.tlr2-capture && cmp out.tlr2-capture small.tlr2-capture && echo same

@@ -1,0 +1,1 @@
+for command in "state --at 0:0" textures render verify "trim --frames 0"; do tlr2_replay $command matrix_depth.tlr2-capture out 2>/dev/null; tlr2_replay $command matrix_depth.tlr2-capture 2>/dev/null; done; ls out* 2>/dev/null

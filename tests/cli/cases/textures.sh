@@ -1,0 +1,1 @@
+tlr2_replay textures small.tlr2-capture

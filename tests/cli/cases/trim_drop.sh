@@ -1,0 +1,1 @@
+tlr2_replay trim --reference drop --frames 1 wrong_reference.tlr2-capture out.tlr2-capture >/dev/null && tlr2_replay info out.tlr2-capture | grep frames:; tlr2_replay trim --frames 1 wrong_reference.tlr2-capture kept.tlr2-capture >/dev/null && tlr2_replay info kept.tlr2-capture | grep frames:

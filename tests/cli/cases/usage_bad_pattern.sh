@@ -1,0 +1,1 @@
+tlr2_replay calls --grep "(" small.tlr2-capture >/dev/null 2>&1; echo $?

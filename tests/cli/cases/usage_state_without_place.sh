@@ -1,0 +1,1 @@
+tlr2_replay state small.tlr2-capture

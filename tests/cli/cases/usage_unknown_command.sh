@@ -1,0 +1,1 @@
+tlr2_replay frobnicate small.tlr2-capture
