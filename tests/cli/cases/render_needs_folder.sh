@@ -1,0 +1,1 @@
+tlr2_replay render small.tlr2-capture

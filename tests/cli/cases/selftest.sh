@@ -1,0 +1,1 @@
+tlr2_replay selftest >out; echo $?; grep sse4 out

@@ -1,0 +1,1 @@
+tlr2_replay verify small.tlr2-capture
