@@ -141,6 +141,29 @@ TEST_P(Sharing, TheThresholdsLieBetweenTheseSpreads) {
   }
 }
 
+TEST_P(Sharing, ASpreadExactlyAtAThresholdIsShaded) {
+  // The luminances of these colours are twice 0.038 or 0.072 apart, to the last bit or one bit less, with products that
+  // fuse as with products that are rounded.
+  struct Case {
+    int plane;  // whose spread it is
+    std::uint32_t low, high;
+    bool shaded;
+  };
+  for (const Case& c : {Case{3, 0x03072Du, 0x470585u, true}, Case{3, 0x0C0C08u, 0x800318u, false},
+                        Case{2, 0x05030Bu, 0xB40022u, true}, Case{2, 0x0C1A5Au, 0x992B0Fu, false}}) {
+    static Case current;
+    current = c;
+    Draw(Textured([](std::uint32_t x, std::uint32_t y) {
+           const int plane = static_cast<int>((x & 1) + 2 * (y & 1));
+           if (plane == current.plane) return Step(x, current.low, current.high);
+           return (plane == 0 || plane == 3 ? Step(x, 0, 255) : 200) * kGrey;
+         }),
+         1);
+    const std::uint32_t next = c.plane == 3 ? picture.Red(0, 1) : picture.Red(1, 0);
+    EXPECT_EQ(next == 200u, c.shaded) << c.plane << " " << c.low;
+  }
+}
+
 TEST_P(Sharing, TheSpreadIsOfLuminanceAlone) {
   // Blue counts 0.0722: 10 of 255 are 0.0028 from the mean 0.0014, so the diagonal is enough; green would need three.
   const auto draw = [&](int shift) {

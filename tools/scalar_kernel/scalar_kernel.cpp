@@ -1,6 +1,7 @@
 // The scalar tile kernel: scan, coverage, depth, the two orders of planes and triangles, shading decisions and stores.
 #include "scalar_kernel.h"
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -14,9 +15,13 @@ constexpr int kLaneY[kMaxLanes] = {0, 2, 2, 0, 0, 2, 2, 0, 4, 6, 6, 4, 4, 6, 6, 
 
 constexpr float kBias = 0.00390625f;        // 1/256, in units of doubled area
 constexpr float kAlphaThreshold = 169.83f;  // bits 0x4329D47B
-constexpr float kStopAfterPlane0 = 2.5e-7f;
-constexpr float kStopAfterPlane3 = 0.001444f;
-constexpr float kStopAfterPlane2 = 0.005184f;
+// Squares in single precision: the decimal numbers round to other floats, a last unit away.
+constexpr float kStopAfterPlane0 = 0.0005f * 0.0005f;
+constexpr float kStopAfterPlane3 = 0.038f * 0.038f;
+constexpr float kStopAfterPlane2 = 0.072f * 0.072f;
+static_assert(std::bit_cast<std::uint32_t>(kStopAfterPlane0) == 0x348637BEu);
+static_assert(std::bit_cast<std::uint32_t>(kStopAfterPlane3) == 0x3ABD4499u);
+static_assert(std::bit_cast<std::uint32_t>(kStopAfterPlane2) == 0x3BA9DE8Au);
 constexpr float kThird = 0.33333334f;
 
 struct Tile {
