@@ -118,10 +118,13 @@ std::string DiffPage(const Side& a, const Side& b, const std::vector<FrameDiffer
     body += "<h2>Frame " + std::to_string(frame.frame) + "</h2>\n<p class=\"" + (same ? "good" : "bad") + "\">" +
             Escaped(Sentence(frame)) + "</p>\n";
     if (same || frame.a.pixels.empty()) continue;
-    body += Figure(frame.a.View(), "before") + Figure(frame.b.View(), "after");
-    if (!frame.comparison.sameSize) continue;
+    body += "<div>" + Figure(frame.a.View(), "before", "third") + Figure(frame.b.View(), "after", "third");
+    if (!frame.comparison.sameSize) {
+      body += "</div>\n";
+      continue;
+    }
     const StoredPicture difference = DifferencePicture(frame.a.View(), frame.b.View(), tolerance);
-    body += Figure(difference.View(), "difference: red to yellow by amount");
+    body += Figure(difference.View(), "difference: red to yellow by amount", "third") + "</div>\n";
     const std::int32_t x = frame.comparison.worstX, y = frame.comparison.worstY;
     const std::string place = Format("around the worst pixel %d,%d", static_cast<int>(x), static_cast<int>(y));
     body += "<div>" + Figure(Around(frame.a.View(), x, y).View(), place + ", before", "map") +
