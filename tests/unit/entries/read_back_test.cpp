@@ -239,5 +239,23 @@ TEST_F(ReadBack, ASwapRightAfterAReadFillsWithTheClearColour) {
   EXPECT_EQ(shown, std::vector<std::uint32_t>(8 * 4, 0xFF00FF00u));
 }
 
+TEST_F(ReadBack, ADrainFindsItsPixelDataAndGivesTheStreamItsRoomBack) {
+  const std::size_t bytes = stream().bytes.capacity(), blob = stream().blob.capacity();
+  stream().baseSequence = 5;
+  const std::uint8_t texel[4] = {0, 255, 0, 255};
+  glEnable(gl::kTexture2D);
+  glTexImage2D(gl::kTexture2D, 0, 4, 1, 1, 0, gl::kRgba, gl::kUnsignedByte, texel);
+  glTexEnvi(gl::kTextureEnv, gl::kTextureEnvMode, gl::kReplace);
+  DrawRed();
+  std::uint32_t pixel = 0;
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  EXPECT_EQ(pixel, 0xFF00FF00u);
+  EXPECT_TRUE(stream().bytes.empty() && stream().blob.empty());
+  EXPECT_EQ(stream().bytes.capacity(), bytes);
+  EXPECT_EQ(stream().blob.capacity(), blob);
+  EXPECT_EQ(stream().baseSequence, 5u);
+  stream().baseSequence = 0;
+}
+
 }  // namespace
 }  // namespace tlr2
