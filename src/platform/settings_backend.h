@@ -17,6 +17,8 @@ bool SettingsOpenForWrite(SettingsStore& store) noexcept;
 /// True only for an existing 32-bit number of length 4.
 bool SettingsRead(const SettingsStore& store, const char* name, std::uint32_t& value) noexcept;
 void SettingsWrite(const SettingsStore& store, const char* name, std::uint32_t value) noexcept;
+/// Forgets a value, if there is one.
+void SettingsRemove(SettingsStore& store, const char* name) noexcept;
 void SettingsClose(SettingsStore& store) noexcept;
 
 }  // namespace tlr2

@@ -158,6 +158,12 @@ void SettingsWrite(const SettingsStore& store, const char* name, std::uint32_t v
   });
 }
 
+void SettingsRemove(SettingsStore& store, const char* name) noexcept {
+  auto* opened = static_cast<Store*>(store.native);
+  if (opened == nullptr || !opened->writing) return;
+  std::erase_if(opened->lines, [name](const std::string& line) { return ValueOf(line, name) != nullptr; });
+}
+
 void SettingsClose(SettingsStore& store) noexcept {
   auto* opened = static_cast<Store*>(store.native);
   if (opened == nullptr) return;

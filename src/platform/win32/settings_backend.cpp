@@ -54,6 +54,10 @@ void SettingsWrite(const SettingsStore& store, const char* name, std::uint32_t v
   RegSetValueExW(KeyOf(store), WideName(name).text, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&data), sizeof data);
 }
 
+void SettingsRemove(SettingsStore& store, const char* name) noexcept {
+  if (store.native != nullptr) RegDeleteValueW(KeyOf(store), WideName(name).text);
+}
+
 void SettingsClose(SettingsStore& store) noexcept {
   if (store.native != nullptr) RegCloseKey(KeyOf(store));
   store.native = nullptr;
