@@ -240,6 +240,8 @@ TEST_F(ReadBack, ASwapRightAfterAReadFillsWithTheClearColour) {
 }
 
 TEST_F(ReadBack, ADrainFindsItsPixelDataAndGivesTheStreamItsRoomBack) {
+  stream().bytes.reserve(kStreamReserve);
+  stream().blob.reserve(kBlobReserve);
   const std::size_t bytes = stream().bytes.capacity(), blob = stream().blob.capacity();
   stream().baseSequence = 5;
   const std::uint8_t texel[4] = {0, 255, 0, 255};
