@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "base/gl.h"
 #include "base/growing_vector.h"
@@ -38,7 +39,7 @@ class TexelVector {
   void resize(std::size_t count) {
     const std::size_t old = size();
     Own();
-    if (words_ == nullptr) words_ = std::make_shared<Words>();
+    if (words_ == nullptr) words_ = Hold(new Words);
     words_->resize(count + 2);
     if (count < old) (*words_)[count + 1] = 0;
   }
@@ -48,13 +49,19 @@ class TexelVector {
   }
   /// `count` texels that the caller writes, all of them; `room` texels fit without moving.
   void Renew(std::size_t count, std::size_t room = 0) {
-    if (words_ == nullptr || words_.use_count() != 1) words_ = std::make_shared<Words>();
+    const std::size_t wanted = (room > count ? room : count) + 2;
+    if (words_ == nullptr || words_.use_count() != 1) words_ = Hold(SpareFits(wanted) ? TakeSpare() : new Words);
     words_->clear();
-    words_->reserve((room > count ? room : count) + 2);
+    words_->reserve(wanted);
     words_->GrowUninitialized(count + 2);
     (*words_)[0] = 0;
     (*words_)[count + 1] = 0;
   }
+  /// The large block that was let go last waits for the next upload: a program that replaces a texture each frame would
+  /// otherwise have its pages taken away and given back each time. Called at a frame's end, so that it waits for the
+  /// frame after at most. Objects are let go by the application's thread and by the replay, which never run at a time.
+  static void DropSpare() noexcept { delete TakeSpare(); }
+  static std::size_t SpareWords() noexcept { return spare_ != nullptr ? spare_->capacity() : 0; }
   /// Lets go of the storage.
   void reset() noexcept { words_.reset(); }
 
@@ -63,8 +70,22 @@ class TexelVector {
 
   bool Filled() const noexcept { return words_ != nullptr && !words_->empty(); }
   void Own() {
-    if (words_ != nullptr && words_.use_count() != 1) words_ = std::make_shared<Words>(*words_);
+    if (words_ != nullptr && words_.use_count() != 1) words_ = Hold(new Words(*words_));
   }
+
+  /// Blocks that are not worth keeping, in words.
+  static constexpr std::size_t kLeastSpare = 65536;
+  static bool SpareFits(std::size_t wanted) noexcept {
+    return spare_ != nullptr && spare_->capacity() >= wanted && spare_->capacity() / 2 <= wanted;
+  }
+  static Words* TakeSpare() noexcept { return std::exchange(spare_, nullptr); }
+  static void Retire(Words* words) noexcept {
+    if (words->capacity() >= kLeastSpare) words = std::exchange(spare_, words);
+    delete words;
+  }
+  static std::shared_ptr<Words> Hold(Words* words) { return {words, Retire}; }
+
+  inline static Words* spare_ = nullptr;
 
   std::shared_ptr<Words> words_;
 };

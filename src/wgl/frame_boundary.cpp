@@ -141,6 +141,7 @@ void SwapFrame(void* hdc) {
   FrameJob job = {};
   if (ContextRecord* context = CurrentContext(); context != nullptr) BuildAndShow(*context, job, hdc);
   EmptyStream(CommandStreamInstance());
+  TexelVector::DropSpare();  // the job's keyframe may leave another one, for the next frame
   const std::int32_t frame = currentFrame.fetch_add(1) + 1;
   FrameTick();
   if (frame % kSummaryInterval == 0) WriteCallSummary();

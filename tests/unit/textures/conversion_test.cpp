@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "textures/texture_ops.h"
@@ -240,6 +241,35 @@ TEST(TexelVector, CopiesShareTexelsUntilOneIsWrittenThrough) {
   fifth.reset();
   EXPECT_TRUE(fifth.empty());
   EXPECT_EQ(readFirst[3], 7u);
+}
+
+TEST(TexelVector, ALargeBlockWaitsForTheNextUploadUntilTheFramesEnd) {
+  constexpr std::size_t kLarge = 100000;
+  TexelVector::DropSpare();
+  EXPECT_EQ(TexelVector::SpareWords(), 0u);
+  {
+    TexelVector small, large;
+    small.assign(100, 1);
+    large.assign(kLarge, 0xFFFFFFFFu);
+    const TexelVector copy = large;
+    large.reset();
+    EXPECT_EQ(TexelVector::SpareWords(), 0u);  // the copy still holds it
+  }
+  EXPECT_GE(TexelVector::SpareWords(), kLarge);
+  TexelVector tooLarge, tooSmall, fits;
+  tooLarge.Renew(kLarge * 2);
+  tooSmall.Renew(kLarge / 4);
+  EXPECT_GE(TexelVector::SpareWords(), kLarge);
+  fits.Renew(kLarge * 3 / 4, kLarge);
+  EXPECT_EQ(TexelVector::SpareWords(), 0u);
+  EXPECT_EQ(fits.size(), kLarge * 3 / 4);
+  EXPECT_EQ(std::as_const(fits).data()[-1], 0u);
+  EXPECT_EQ(std::as_const(fits).data()[fits.size()], 0u);
+  fits.reset();
+  tooLarge.reset();  // the latest stays, the one before is given back
+  EXPECT_GE(TexelVector::SpareWords(), kLarge * 2);
+  TexelVector::DropSpare();
+  EXPECT_EQ(TexelVector::SpareWords(), 0u);
 }
 
 }  // namespace
