@@ -64,8 +64,9 @@ void KnownPixels::SurfaceMade(std::int32_t width, std::int32_t height) {
 
 void KnownPixels::GridMade() { bounds_ = true; }
 
-void KnownPixels::FrameBegins(int buffer, const DriverState& state) {
+void KnownPixels::FrameBegins(int buffer, const DriverState& state, bool renders) {
   buffer_ = buffer;
+  if (!renders) return;
   if (state.pendingColorClear != 0 || state.triangles.empty())
     std::fill(color_[buffer_].begin(), color_[buffer_].end(), std::uint8_t{1});
   if (state.pendingDepthClear != 0) {

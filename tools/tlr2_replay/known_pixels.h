@@ -20,8 +20,8 @@ class KnownPixels {
   void SurfaceMade(std::int32_t width, std::int32_t height);
   /// The tile grid was made anew, with fresh bounds.
   void GridMade();
-  /// Ahead of a frame's render into colour buffer `buffer`: its clears.
-  void FrameBegins(int buffer, const DriverState& state);
+  /// Ahead of a frame's render into colour buffer `buffer`: its clears, unless the frame ends before they are done.
+  void FrameBegins(int buffer, const DriverState& state, bool renders);
   /// After the render: walks the frame where it drew on what is not known.
   void FrameRendered(const Session& session);
 

@@ -279,7 +279,7 @@ const FrameFigures& Session::Step(const StepHooks& hooks) {
   if (options_.keepStart) KeepStart(surface, options);
   if (known_ != nullptr) {
     if (newGrid) known_->GridMade();
-    known_->FrameBegins(shown_, state);
+    known_->FrameBegins(shown_, state, renders);
   }
   if (renders) {
     FrameOverrides overrides;
