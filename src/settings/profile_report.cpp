@@ -14,16 +14,7 @@ namespace {
 
 constexpr char kMergedRootName[] = "<all threads>";
 
-/// A copy of one tree, or of several trees merged; the report sorts and prints copies, which stand still.
-struct Summary {
-  explicit Summary(const char* scopeName) : name(scopeName) {}
-
-  const char* name;
-  std::uint64_t totalTicks = 0, calls = 0, minTicks = kNoMinimum, maxTicks = 0;
-  std::vector<Summary> children;
-};
-
-void Merge(Summary& target, const ProfileNode& source) {
+void Merge(ProfileSummary& target, const ProfileNode& source) {
   target.totalTicks += source.totalTicks.load(std::memory_order_relaxed);
   target.calls += source.calls.load(std::memory_order_relaxed);
   target.minTicks = std::min(target.minTicks, source.minTicks.load(std::memory_order_relaxed));
@@ -31,18 +22,24 @@ void Merge(Summary& target, const ProfileNode& source) {
   for (const ProfileNode* child = source.firstChild.load(std::memory_order_acquire); child != nullptr;
        child = child->nextSibling.load(std::memory_order_relaxed)) {
     auto same = std::find_if(target.children.begin(), target.children.end(),
-                             [child](const Summary& known) { return known.name == child->name; });
-    if (same == target.children.end()) same = target.children.insert(same, Summary{child->name});
+                             [child](const ProfileSummary& known) { return known.name == child->name; });
+    if (same == target.children.end()) same = target.children.insert(same, ProfileSummary{child->name});
     Merge(*same, *child);
   }
 }
 
-void SortByTotal(std::vector<Summary>& summaries) {
-  std::sort(summaries.begin(), summaries.end(),
-            [](const Summary& a, const Summary& b) { return a.totalTicks > b.totalTicks; });
+ProfileSummary MergedOf(const std::vector<ProfileNode*>& roots) {
+  ProfileSummary merged{kMergedRootName};
+  for (const ProfileNode* root : roots) Merge(merged, *root);
+  return merged;
 }
 
-void PrintTree(std::FILE* file, Summary& node, int depth, std::uint64_t parentTicks) {
+void SortByTotal(std::vector<ProfileSummary>& summaries) {
+  std::sort(summaries.begin(), summaries.end(),
+            [](const ProfileSummary& a, const ProfileSummary& b) { return a.totalTicks > b.totalTicks; });
+}
+
+void PrintTree(std::FILE* file, ProfileSummary& node, int depth, std::uint64_t parentTicks) {
   for (int i = 0; i < depth; ++i) std::fputs("  ", file);
   const auto frequency = static_cast<double>(TicksPerSecond());
   const auto total = static_cast<double>(node.totalTicks);
@@ -53,10 +50,12 @@ void PrintTree(std::FILE* file, Summary& node, int depth, std::uint64_t parentTi
                node.name, static_cast<unsigned long long>(node.calls), total * 1000.0 / frequency, percent, mean,
                microseconds(static_cast<double>(node.minTicks)), microseconds(static_cast<double>(node.maxTicks)));
   SortByTotal(node.children);
-  for (Summary& child : node.children) PrintTree(file, child, depth + 1, node.totalTicks);
+  for (ProfileSummary& child : node.children) PrintTree(file, child, depth + 1, node.totalTicks);
 }
 
 }  // namespace
+
+ProfileSummary MergedProfile() { return MergedOf(CopyProfileRoots()); }
 
 void ProfileReport(std::FILE* file) {
   if (file == nullptr) return;
@@ -65,8 +64,7 @@ void ProfileReport(std::FILE* file) {
     std::fputs("\n=== TLR2 scoped profile: no data (TLR2_PROFILING enabled but no scopes executed) ===\n\n", file);
     return;
   }
-  Summary merged{kMergedRootName};
-  for (const ProfileNode* root : roots) Merge(merged, *root);
+  ProfileSummary merged = MergedOf(roots);
   std::fprintf(file,
                "\n=== TLR2 scoped profile (merged across %zu thread(s)) ===\n"
                "[compiled with TLR2_PROFILING=1; define 0 to disable.]\n"
@@ -74,30 +72,22 @@ void ProfileReport(std::FILE* file) {
                roots.size());
   SortByTotal(merged.children);
   // The merged root is never closed and has no time of its own: each top line is its own whole.
-  for (Summary& child : merged.children)
+  for (ProfileSummary& child : merged.children)
     PrintTree(file, child, 0, merged.totalTicks != 0 ? merged.totalTicks : child.totalTicks);
 
   std::fputs("\n=== TLR2 scoped profile: per-thread breakdown ===\n\n", file);
   for (std::size_t i = 0; i < roots.size(); ++i) {
-    Summary thread{roots[i]->name};
+    ProfileSummary thread{roots[i]->name};
     Merge(thread, *roots[i]);
     if (thread.children.empty()) continue;
     std::fprintf(file, "-- thread[%d] (%s) --\n", static_cast<int>(i), i == 0 ? "main/first" : "worker");
     SortByTotal(thread.children);
     std::uint64_t sum = 0;
-    for (const Summary& child : thread.children) sum += child.totalTicks;
-    for (Summary& child : thread.children) PrintTree(file, child, 0, sum);
+    for (const ProfileSummary& child : thread.children) sum += child.totalTicks;
+    for (ProfileSummary& child : thread.children) PrintTree(file, child, 0, sum);
     std::fputs("\n", file);
   }
 }
-
-}  // namespace tlr2
-
-#else
-
-namespace tlr2 {
-
-void ProfileReport(std::FILE*) {}
 
 }  // namespace tlr2
 

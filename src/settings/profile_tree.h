@@ -28,4 +28,15 @@ void RegisterProfileRoot(ThreadGuard& guard);
 /// The roots in the order of registration.
 std::vector<ProfileNode*> CopyProfileRoots();
 
+/// A copy of one tree, or of several trees merged; it stands still.
+struct ProfileSummary {
+  explicit ProfileSummary(const char* scopeName) : name(scopeName) {}
+
+  const char* name;
+  std::uint64_t totalTicks = 0, calls = 0, minTicks = kNoMinimum, maxTicks = 0;
+  std::vector<ProfileSummary> children;
+};
+/// The trees of all threads in one. The root is never closed and has no time of its own.
+ProfileSummary MergedProfile();
+
 }  // namespace tlr2

@@ -121,12 +121,4 @@ void ProfileReset() {
 
 }  // namespace tlr2
 
-#else
-
-namespace tlr2 {
-
-void ProfileReset() {}
-
-}  // namespace tlr2
-
 #endif

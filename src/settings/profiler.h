@@ -56,7 +56,13 @@ class ScopeSeries {
   std::uint64_t total_ = 0, calls_ = 0, least_ = ~std::uint64_t{0}, greatest_ = 0;
 };
 std::int64_t ProfileMark() noexcept;
+
+/// Writes the merged tree and the per-thread breakdown. A null file does nothing.
+void ProfileReport(std::FILE* file);
+/// Zeroes all counts, keeping the nodes.
+void ProfileReset();
 #else
+// Nothing is left of it, neither in code nor in data.
 class ScopeTimer {
  public:
   explicit ScopeTimer(const char*) noexcept {}
@@ -68,11 +74,8 @@ class ScopeSeries {
   void EndAtMark() noexcept {}
 };
 inline std::int64_t ProfileMark() noexcept { return 0; }
+inline void ProfileReport(std::FILE*) {}
+inline void ProfileReset() {}
 #endif
-
-/// Writes the merged tree and the per-thread breakdown. A null file does nothing.
-void ProfileReport(std::FILE* file);
-/// Zeroes all counts, keeping the nodes.
-void ProfileReset();
 
 }  // namespace tlr2

@@ -1,0 +1,1 @@
+tlr2_replay trace-info small.tlr2-capture
