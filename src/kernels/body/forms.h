@@ -113,7 +113,8 @@ LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, co
   Shade(surface, weights, units.List(), slots);
   for (int p = 0; p < kPlanes; ++p) {
     if (parts[p] == 0) continue;
-    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[p], PackColor(slots[p]));
+    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[p],
+                        OwnWords<kOpaque>(*surface.triangle, slots[p]));
   }
 }
 
@@ -122,20 +123,21 @@ LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, cons
                         bool shareAll, int& ahead, Tile& tile) {
   Color slots[kPlanes];
   const auto store = [&](int p, int slot) __attribute__((always_inline)) {
-    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[slot], PackColor(slots[slot]));
+    StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[slot],
+                        OwnWords<kOpaque>(*surface.triangle, slots[slot]));
   };
   const Sharing sharing = ShadeShared(surface, weights, fragments, shareAll, ahead, slots);
   ahead = sharing == Sharing::kOne ? 1 : sharing <= Sharing::kMiddle ? 2 : 4;
   switch (sharing) {
     case Sharing::kOne: {
-      const Ints words = PackColor(slots[0]);
+      const Ints words = OwnWords<kOpaque>(*surface.triangle, slots[0]);
       for (int p = 0; p < kPlanes; ++p) StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[0], words);
       return;
     }
     case Sharing::kDiagonal:
       return store(0, 0), store(3, 3);
     case Sharing::kMiddle: {
-      const Ints words = PackColor(slots[1]);
+      const Ints words = OwnWords<kOpaque>(*surface.triangle, slots[1]);
       store(0, 0);
       StorePlane<kOpaque>(tile, *surface.triangle, fragments, 1, slots[1], words);
       StorePlane<kOpaque>(tile, *surface.triangle, fragments, 2, slots[1], words);

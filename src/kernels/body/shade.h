@@ -77,27 +77,48 @@ LANE_FN void SetColor(Color (&slots)[kPlanes], Unit unit, const PartColor& c) {
   SetPart(slot.a, unit.part, c.a);
 }
 
-/// The colour of one part of a plane, as given by the vertices.
-LANE_FN PartColor InterpolateColor(const Surface& surface, const PartBarycentrics& b, FloatsPart perspectiveW) {
+/// The vertices' channels over w in all lanes.
+struct VertexColors {
+  Vertices r, g, b, a;
+};
+LANE_FN VertexColors SplatColors(const Surface& surface) {
   const auto channel = [&](int byte) __attribute__((always_inline)) {
-    return Mul(perspectiveW, Weigh(b, surface.overW[0][byte], surface.overW[1][byte], surface.overW[2][byte]));
+    return SplatVertices(surface.overW[0][byte], surface.overW[1][byte], surface.overW[2][byte]);
   };
   return {channel(2), channel(1), channel(0), channel(3)};
 }
 
-/// The textured colours from texels and fragments.
+/// The colour of one part of a plane, as given by the vertices.
+LANE_FN PartColor InterpolateColor(const VertexColors& c, const PartBarycentrics& w, FloatsPart perspectiveW) {
+  return {Mul(perspectiveW, Weigh(w, c.r)), Mul(perspectiveW, Weigh(w, c.g)), Mul(perspectiveW, Weigh(w, c.b)),
+          Mul(perspectiveW, Weigh(w, c.a))};
+}
+
+/// The textured colours from texels and fragments; modulation by itself.
 [[gnu::noinline]] void CombineTexels(const Surface& surface, const Barycentrics (&weights)[kPlanes],
                                      const UnitList& list, const Samples& samples, Color (&slots)[kPlanes]) {
   const TriangleRecord& t = *surface.triangle;
-  if (surface.constantColor && t.texEnvMode == 0) {
+  if (surface.constantColor) {
     const PartColor fragment = ConstantColor(surface);
-    for (int i = 0; i < list.count; ++i) SetColor(slots, list.unit[i], Combine(0, 0, fragment, samples.texel[i]));
+    if (t.texEnvMode == 0) {
+      for (int i = 0; i < list.count; ++i) SetColor(slots, list.unit[i], Combine(0, 0, fragment, samples.texel[i]));
+      return;
+    }
+    for (int i = 0; i < list.count; ++i) {
+      SetColor(slots, list.unit[i], Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
+    }
+    return;
+  }
+  const VertexColors colors = SplatColors(surface);
+  if (t.texEnvMode == 0) {
+    for (int i = 0; i < list.count; ++i) {
+      const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list.unit[i]), samples.w[i]);
+      SetColor(slots, list.unit[i], Combine(0, 0, fragment, samples.texel[i]));
+    }
     return;
   }
   for (int i = 0; i < list.count; ++i) {
-    const PartColor fragment = surface.constantColor
-                                   ? ConstantColor(surface)
-                                   : InterpolateColor(surface, WeightsOf(weights, list.unit[i]), samples.w[i]);
+    const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list.unit[i]), samples.w[i]);
     SetColor(slots, list.unit[i], Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
   }
 }
@@ -106,10 +127,11 @@ LANE_FN PartColor InterpolateColor(const Surface& surface, const PartBarycentric
                                        const UnitList& list, Color (&slots)[kPlanes]) {
   const float* w = surface.triangle->invW;
   const Vertices invW = SplatVertices(w[0], w[1], w[2]);
+  const VertexColors colors = SplatColors(surface);
   const FloatsPart one = Splat(1.0f);
   for (int i = 0; i < list.count; ++i) {
     const PartBarycentrics b = WeightsOf(weights, list.unit[i]);
-    SetColor(slots, list.unit[i], InterpolateColor(surface, b, Div(one, Weigh(b, invW))));
+    SetColor(slots, list.unit[i], InterpolateColor(colors, b, Div(one, Weigh(b, invW))));
   }
 }
 

@@ -12,7 +12,14 @@ struct Fragments {
   bool writesDepth;
 };
 
-/// `words` are the packed fragments. Opaque fragments meet no alpha test, blend with nothing, and have left their
+/// The fragments' own bytes, where they are what is stored; else anything.
+template <bool kOpaque>
+LANE_FN Ints OwnWords(const TriangleRecord& t, const Color& source) {
+  if (!kOpaque && Blends(t.blendMode)) return Splat(0);
+  return PackColor(source);
+}
+
+/// `words` are OwnWords of `source`. Opaque fragments meet no alpha test, blend with nothing, and have left their
 /// depth.
 template <bool kOpaque>
 LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fragments, int plane, const Color& source,
