@@ -63,13 +63,17 @@ void ProfileReport(std::FILE* file);
 void ProfileReset();
 #else
 // Nothing is left of it, neither in code nor in data.
+/// Takes a name at compile time, or debug information would keep the literals.
+struct ScopeName {
+  consteval ScopeName(const char*) noexcept {}
+};
 class ScopeTimer {
  public:
-  explicit ScopeTimer(const char*) noexcept {}
+  explicit ScopeTimer(ScopeName) noexcept {}
 };
 class ScopeSeries {
  public:
-  ScopeSeries(const char*, std::int64_t&) noexcept {}
+  ScopeSeries(ScopeName, std::int64_t&) noexcept {}
   void End() noexcept {}
   void EndAtMark() noexcept {}
 };
