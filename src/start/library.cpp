@@ -7,6 +7,7 @@
 #include "frame/replay.h"
 #include "kernels/tile_kernel.h"
 #include "panel/panel.h"
+#include "platform/process.h"
 #include "tiles/queue/render_job_queue.h"
 #include "tiles/runtime_config.h"
 #include "wgl/context.h"
@@ -23,6 +24,7 @@ std::int32_t kernelLanes = -1;
 
 void LibraryStart() noexcept {
   if (started.exchange(true)) return;
+  KeepModuleLoaded();  // before the fault handler and the first thread
   // The parsers' first touch loads the stored settings, which their results then overwrite.
   ParseCutoffEnvironment();
   ParseIsaEnvironment();

@@ -3,8 +3,8 @@
 
 namespace tlr2 {
 
-/// Cutoff and target parsers, diagnostics, lane count, worker pool, replay thread, the panel's starter. Runs once;
-/// later calls do nothing.
+/// The module kept loaded, cutoff and target parsers, diagnostics, lane count, worker pool, replay thread, the panel's
+/// starter. Runs once; later calls do nothing.
 void LibraryStart() noexcept;
 /// Panel, replay thread, pool pointer, final diagnostics.
 void LibraryEnd() noexcept;

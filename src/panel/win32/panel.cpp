@@ -16,18 +16,10 @@ ThreadHandle thread;
 
 void PanelThread(void* parent) { RunPanel(static_cast<HWND>(parent)); }
 
-/// The window's procedure and the thread lie in this module: it stays loaded, also for a program that lets it go.
-void KeepModuleLoaded() noexcept {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                     reinterpret_cast<LPCWSTR>(&PanelThread), &module);
-}
-
 }  // namespace
 
 void ControlPanelStart(void* window) {
   if (running.exchange(true)) return;
-  KeepModuleLoaded();
   if (!ThreadStart(thread, PanelThread, window)) running.store(false);
 }
 
