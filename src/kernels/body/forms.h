@@ -126,7 +126,10 @@ LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, cons
     StorePlane<kOpaque>(tile, *surface.triangle, fragments, p, slots[slot],
                         OwnWords<kOpaque>(*surface.triangle, slots[slot]));
   };
-  const Sharing sharing = ShadeShared(surface, weights, fragments, shareAll, ahead, slots);
+  const bool packed = kGroupsOfPart > 1 && !fragments.allLive && !shareAll && ahead == 4 &&
+                      surface.texture != nullptr && surface.triangle->filterMode == 1;
+  const Sharing sharing = packed ? ShadePacked(surface, weights, fragments, slots)
+                                 : ShadeShared(surface, weights, fragments, shareAll, ahead, slots);
   ahead = sharing == Sharing::kOne ? 1 : sharing <= Sharing::kMiddle ? 2 : 4;
   switch (sharing) {
     case Sharing::kOne: {

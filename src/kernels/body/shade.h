@@ -53,15 +53,22 @@ LANE_FN PartBarycentrics WeightsOf(const Barycentrics (&weights)[kPlanes], Unit 
   return PartOf(weights[unit.plane], unit.part);
 }
 
-[[gnu::noinline]] void FindCoordinates(const Surface& surface, const Barycentrics (&weights)[kPlanes],
-                                       const UnitList& list, Samples& samples) {
+LANE_FN int CountOf(const UnitList& list) { return list.count; }
+LANE_FN PartBarycentrics WeightsOf(const Barycentrics (&weights)[kPlanes], const UnitList& list, int i) {
+  return WeightsOf(weights, list.unit[i]);
+}
+LANE_FN void SetColor(Color (&slots)[kPlanes], const UnitList& list, int i, const PartColor& c);
+
+template <typename List>
+[[gnu::noinline]] void FindCoordinates(const Surface& surface, const Barycentrics (&weights)[kPlanes], const List& list,
+                                       Samples& samples) {
   const float* w = surface.triangle->invW;
   const Vertices invW = SplatVertices(w[0], w[1], w[2]);
   const FloatsPart one = Splat(1.0f);
   const Vertices s = SplatVertices(surface.s[0], surface.s[1], surface.s[2]);
   const Vertices t = SplatVertices(surface.t[0], surface.t[1], surface.t[2]);
-  for (int i = 0; i < list.count; ++i) {
-    const PartBarycentrics b = WeightsOf(weights, list.unit[i]);
+  for (int i = 0; i < CountOf(list); ++i) {
+    const PartBarycentrics b = WeightsOf(weights, list, i);
     const FloatsPart perspectiveW = Div(one, Weigh(b, invW));
     samples.w[i] = perspectiveW;
     samples.s[i] = Mul(perspectiveW, Weigh(b, s));
@@ -75,6 +82,10 @@ LANE_FN void SetColor(Color (&slots)[kPlanes], Unit unit, const PartColor& c) {
   SetPart(slot.g, unit.part, c.g);
   SetPart(slot.b, unit.part, c.b);
   SetPart(slot.a, unit.part, c.a);
+}
+
+LANE_FN void SetColor(Color (&slots)[kPlanes], const UnitList& list, int i, const PartColor& c) {
+  SetColor(slots, list.unit[i], c);
 }
 
 /// The vertices' channels over w in all lanes.
@@ -95,31 +106,32 @@ LANE_FN PartColor InterpolateColor(const VertexColors& c, const PartBarycentrics
 }
 
 /// The textured colours from texels and fragments; modulation by itself.
-[[gnu::noinline]] void CombineTexels(const Surface& surface, const Barycentrics (&weights)[kPlanes],
-                                     const UnitList& list, const Samples& samples, Color (&slots)[kPlanes]) {
+template <typename List>
+[[gnu::noinline]] void CombineTexels(const Surface& surface, const Barycentrics (&weights)[kPlanes], const List& list,
+                                     const Samples& samples, Color (&slots)[kPlanes]) {
   const TriangleRecord& t = *surface.triangle;
   if (surface.constantColor) {
     const PartColor fragment = ConstantColor(surface);
     if (t.texEnvMode == 0) {
-      for (int i = 0; i < list.count; ++i) SetColor(slots, list.unit[i], Combine(0, 0, fragment, samples.texel[i]));
+      for (int i = 0; i < CountOf(list); ++i) SetColor(slots, list, i, Combine(0, 0, fragment, samples.texel[i]));
       return;
     }
-    for (int i = 0; i < list.count; ++i) {
-      SetColor(slots, list.unit[i], Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
+    for (int i = 0; i < CountOf(list); ++i) {
+      SetColor(slots, list, i, Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
     }
     return;
   }
   const VertexColors colors = SplatColors(surface);
   if (t.texEnvMode == 0) {
-    for (int i = 0; i < list.count; ++i) {
-      const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list.unit[i]), samples.w[i]);
-      SetColor(slots, list.unit[i], Combine(0, 0, fragment, samples.texel[i]));
+    for (int i = 0; i < CountOf(list); ++i) {
+      const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list, i), samples.w[i]);
+      SetColor(slots, list, i, Combine(0, 0, fragment, samples.texel[i]));
     }
     return;
   }
-  for (int i = 0; i < list.count; ++i) {
-    const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list.unit[i]), samples.w[i]);
-    SetColor(slots, list.unit[i], Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
+  for (int i = 0; i < CountOf(list); ++i) {
+    const PartColor fragment = InterpolateColor(colors, WeightsOf(weights, list, i), samples.w[i]);
+    SetColor(slots, list, i, Combine(t.texEnvMode, t.texEnvColor, fragment, samples.texel[i]));
   }
 }
 

@@ -144,6 +144,19 @@ LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, Fl
   return {PackQuarter(b.a, g.a, r.a, a.a), PackQuarter(b.b, g.b, r.b, a.b)};
 }
 
+// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
+constexpr int kGroupsOfPart = 2;
+LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {
+  const char* first = static_cast<const char*>(base);
+  return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm_load_ps(reinterpret_cast<const float*>(first + places[0]))),
+                               _mm_load_ps(reinterpret_cast<const float*>(first + places[1])), 1)};
+}
+LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) {
+  char* first = static_cast<char*>(base);
+  _mm_store_ps(reinterpret_cast<float*>(first + places[0]), _mm256_castps256_ps128(x.v));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm256_extractf128_ps(x.v, 1));
+}
+
 // Memory.
 LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
   std::int32_t word;

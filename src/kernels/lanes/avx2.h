@@ -83,6 +83,7 @@ LANE_FN MaskPart Equal(IntsPart x, IntsPart y) { return {_mm256_castsi256_ps(_mm
 // Masks.
 LANE_FN MaskPart And(MaskPart x, MaskPart y) { return {_mm256_and_ps(x.v, y.v)}; }
 LANE_FN MaskPart Or(MaskPart x, MaskPart y) { return {_mm256_or_ps(x.v, y.v)}; }
+LANE_FN unsigned LiveBits(MaskPart m) { return static_cast<unsigned>(_mm256_movemask_ps(m.v)); }
 LANE_FN bool Any(MaskPart m) { return _mm256_movemask_ps(m.v) != 0; }
 LANE_FN bool All(MaskPart m) { return _mm256_movemask_ps(m.v) == 255; }
 LANE_FN FloatsPart Select(MaskPart m, FloatsPart x, FloatsPart y) { return {_mm256_blendv_ps(y.v, x.v, m.v)}; }
@@ -126,6 +127,19 @@ LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, Fl
   const __m256i order = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0, 4, 8, 12, 1, 5, 9, 13,
                                          2, 6, 10, 14, 3, 7, 11, 15);
   return {_mm256_shuffle_epi8(_mm256_packus_epi16(bg, ra), order)};
+}
+
+// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
+constexpr int kGroupsOfPart = 2;
+LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {
+  const char* first = static_cast<const char*>(base);
+  return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm_load_ps(reinterpret_cast<const float*>(first + places[0]))),
+                               _mm_load_ps(reinterpret_cast<const float*>(first + places[1])), 1)};
+}
+LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) {
+  char* first = static_cast<char*>(base);
+  _mm_store_ps(reinterpret_cast<float*>(first + places[0]), _mm256_castps256_ps128(x.v));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm256_extractf128_ps(x.v, 1));
 }
 
 // Memory.

@@ -101,6 +101,7 @@ LANE_FN Mask Equal(Ints x, Ints y) { return {_mm512_cmpeq_epi32_mask(x.v, y.v)};
 // Masks.
 LANE_FN Mask And(Mask x, Mask y) { return {static_cast<__mmask16>(x.m & y.m)}; }
 LANE_FN Mask Or(Mask x, Mask y) { return {static_cast<__mmask16>(x.m | y.m)}; }
+LANE_FN unsigned LiveBits(Mask m) { return m.m; }
 LANE_FN bool Any(Mask m) { return m.m != 0; }
 LANE_FN bool All(Mask m) { return m.m == 0xFFFF; }
 LANE_FN Floats Select(Mask m, Floats x, Floats y) { return {_mm512_mask_blend_ps(m.m, y.v, x.v)}; }
@@ -145,6 +146,23 @@ LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
   const __m512i ra = _mm512_packs_epi32(_mm512_cvttps_epi32(red.v), _mm512_cvttps_epi32(alpha.v));
   const __m512i order = _mm512_set4_epi32(0x0F0B0703, 0x0E0A0602, 0x0D090501, 0x0C080400);
   return {_mm512_shuffle_epi8(_mm512_packus_epi16(bg, ra), order)};
+}
+
+// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
+constexpr int kGroupsOfPart = 4;
+LANE_FN Floats LoadGroups(const void* base, const std::uint16_t* places) {
+  const char* first = static_cast<const char*>(base);
+  __m512 x = _mm512_castps128_ps512(_mm_load_ps(reinterpret_cast<const float*>(first + places[0])));
+  x = _mm512_insertf32x4(x, _mm_load_ps(reinterpret_cast<const float*>(first + places[1])), 1);
+  x = _mm512_insertf32x4(x, _mm_load_ps(reinterpret_cast<const float*>(first + places[2])), 2);
+  return {_mm512_insertf32x4(x, _mm_load_ps(reinterpret_cast<const float*>(first + places[3])), 3)};
+}
+LANE_FN void StoreGroups(void* base, const std::uint16_t* places, Floats x) {
+  char* first = static_cast<char*>(base);
+  _mm_store_ps(reinterpret_cast<float*>(first + places[0]), _mm512_castps512_ps128(x.v));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm512_extractf32x4_ps(x.v, 1));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[2]), _mm512_extractf32x4_ps(x.v, 2));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[3]), _mm512_extractf32x4_ps(x.v, 3));
 }
 
 // Memory.

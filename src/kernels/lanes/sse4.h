@@ -123,6 +123,15 @@ LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, Fl
       _mm_shuffle_epi8(_mm_packus_epi16(bg, ra), _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15))};
 }
 
+// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
+constexpr int kGroupsOfPart = 1;
+LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {
+  return {_mm_load_ps(reinterpret_cast<const float*>(static_cast<const char*>(base) + places[0]))};
+}
+LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) {
+  _mm_store_ps(reinterpret_cast<float*>(static_cast<char*>(base) + places[0]), x.v);
+}
+
 // Memory.
 LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
   std::int32_t word;
