@@ -222,6 +222,37 @@ TEST_F(ControlPanel, EveryControlIsAtItsPlaceInTheOrderOfTheTable) {
   EXPECT_EQ(child, nullptr) << "nothing else";
 }
 
+TEST_F(ControlPanel, OnAMonitorOfAnotherScaleItKeepsItsOwn) {
+  struct Child {
+    HWND window;
+    int left, top, right, bottom;
+    bool operator==(const Child&) const = default;
+  };
+  const auto children = [this] {
+    std::vector<Child> all;
+    for (HWND child = GetWindow(panel, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+      RECT rect;
+      GetWindowRect(child, &rect);
+      MapWindowPoints(nullptr, panel, reinterpret_cast<POINT*>(&rect), 2);
+      all.push_back({child, rect.left, rect.top, rect.right, rect.bottom});
+    }
+    return all;
+  };
+  const std::vector<Child> before = children();
+  EXPECT_EQ(before.size(), 37u) << "a row each, and the sliders' labels";
+  const std::int32_t scale = Settings().panelDpi;
+  const auto font = SendMessageW(Control(100), WM_GETFONT, 0, 0);
+  RECT proposal;
+  GetWindowRect(panel, &proposal);
+  proposal.right += 340;
+  proposal.bottom += 818;
+  SendMessageW(panel, WM_DPICHANGED, MAKEWPARAM(192, 192), reinterpret_cast<LPARAM>(&proposal));
+  EXPECT_EQ(Settings().panelDpi, scale);
+  EXPECT_TRUE(children() == before);
+  EXPECT_EQ(SendMessageW(Control(100), WM_GETFONT, 0, 0), font);
+  EXPECT_TRUE(StoredValues().empty());
+}
+
 TEST_F(ControlPanel, RadiosForceFilterAndWrap) {
   for (const auto& [first, last, name] : {std::tuple{100, 103, "ForceFilter"}, std::tuple{110, 112, "ForceWrap"}}) {
     std::set<Picture> pictures{Frame()};
@@ -498,6 +529,30 @@ TEST(ControlPanelLife, ItStartsFromTheWordsAndWithoutAWindowStandsAtItsOwnPlace)
   ControlPanelStop();
   ControlPanelStop();
   EXPECT_EQ(WaitForPanel(false), nullptr);
+  for (const SettingRow& row : kSettingRows) Settings().*row.word = row.builtIn;
+  RemoveStore();
+}
+
+TEST(ControlPanelLife, TheEnvironmentsTargetIsShownAndStoredWithAnyChange) {
+  if (!IsaSupported(2)) GTEST_SKIP() << "SKIPPED: no AVX2";
+  RemoveStore();
+  SetEnvironmentVariableA("TLR2_ISA", "avx2");
+  ParseIsaEnvironment();
+  EXPECT_EQ(Settings().forceIsa, 3);
+  ControlPanelStart(nullptr);
+  HWND panel = WaitForPanel(true);
+  ASSERT_NE(panel, nullptr);
+  SendMessageW(panel, WM_NULL, 0, 0);
+  EXPECT_EQ(TextOf(GetDlgItem(panel, 190)), "Force AVX2");
+  EXPECT_TRUE(StoredValues().empty());
+  SendMessageW(GetDlgItem(panel, 141), BM_CLICK, 0, 0);
+  EXPECT_EQ(StoredValues()["DisableHiZ"], 1);
+  EXPECT_EQ(StoredValues()["ForceIsa"], 3);
+  ControlPanelStop();
+  EXPECT_EQ(WaitForPanel(false), nullptr);
+  SetEnvironmentVariableA("TLR2_ISA", nullptr);
+  ParseIsaEnvironment();
+  EXPECT_EQ(Settings().forceIsa, 0);
   for (const SettingRow& row : kSettingRows) Settings().*row.word = row.builtIn;
   RemoveStore();
 }
