@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "platform/clock.h"
 #include "platform/system_times.h"
+#include "platform/topology.h"
 #include "present/dxgi/dxgi_present.h"
 #include "present/surface.h"
 #include "process_counts.h"
@@ -249,6 +251,73 @@ TEST(LoadSamplerThreads, TheFirstReadingIsTheBaselineAndTheNextIsTheSystemsOwnLo
   const std::int32_t own = LoadPercent(&before, &after, 1, -1);
   EXPECT_NEAR(load, own, 8);
   EXPECT_GT(load, 0);
+}
+
+// What the next readings of the sampler's thread say.
+std::atomic<std::uint64_t> toldIdle, toldBusy;
+std::atomic<bool> tellNothing;
+std::atomic<DWORD> lateMs;
+
+bool Told(SystemTimes& times) noexcept {
+  if (const DWORD late = lateMs.exchange(0); late != 0) Sleep(late);
+  times = {toldIdle.load(), toldIdle.load(), toldBusy.load()};
+  return !tellNothing.load();
+}
+
+class ToldLoad : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (ActiveGroupCount() != 1) GTEST_SKIP() << "SKIPPED: one lateness would do for one group of many";
+    Tell(1000, 1000);
+    tellNothing = false;
+    lateMs = 0;
+    sampler = StartLoadSampler(Told);
+    ASSERT_NE(sampler, nullptr);
+    EXPECT_EQ(SampleLoad(sampler, 5), 5) << "the baseline";
+  }
+  void TearDown() override { StopLoadSampler(sampler); }
+  static void Tell(std::uint64_t idle, std::uint64_t busy) {
+    toldIdle = idle;
+    toldBusy = busy;
+  }
+  LoadSampler* sampler = nullptr;
+};
+
+TEST_F(ToldLoad, AReadingThatFailsKeepsTheValueAndTheBaseline) {
+  Tell(1090, 1010);
+  EXPECT_EQ(SampleLoad(sampler, 5), 10);
+  tellNothing = true;
+  Tell(1090, 1110);
+  const DWORD began = GetTickCount();
+  EXPECT_EQ(SampleLoad(sampler, 10), 10);
+  EXPECT_GE(GetTickCount() - began, 80u) << "it waits for its tenth of a second";
+  EXPECT_EQ(SampleLoad(sampler, 10), 10) << "as often as it fails";
+  tellNothing = false;
+  Tell(1140, 1160);
+  EXPECT_EQ(SampleLoad(sampler, 10), 75) << "since the last reading that was had: 150 of 200";
+  EXPECT_EQ(SampleLoad(sampler, 75), 75) << "no time has passed";
+}
+
+TEST_F(ToldLoad, AReadingThatComesLateKeepsTheValueAndTheBaseline) {
+  lateMs = 300;
+  Tell(1090, 1010);
+  EXPECT_EQ(SampleLoad(sampler, 5), 5);
+  Sleep(500);  // it is over, and its figures are there
+  Tell(1100, 1100);
+  EXPECT_EQ(SampleLoad(sampler, 5), 50) << "since the baseline: 100 of 200; since the late one it would be 90 of 100";
+}
+
+TEST_F(ToldLoad, AFirstReadingThatFailedIsNoBaseline) {
+  StopLoadSampler(sampler);
+  tellNothing = true;
+  sampler = StartLoadSampler(Told);
+  ASSERT_NE(sampler, nullptr);
+  EXPECT_EQ(SampleLoad(sampler, 7), 7);
+  tellNothing = false;
+  Tell(2000, 2000);
+  EXPECT_EQ(SampleLoad(sampler, 7), 7) << "this is the first";
+  Tell(2075, 2025);
+  EXPECT_EQ(SampleLoad(sampler, 7), 25);
 }
 
 TEST(LoadSamplerThreads, WithoutASamplerTheLoadStays) {

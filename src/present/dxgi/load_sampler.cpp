@@ -7,7 +7,6 @@
 #include <atomic>
 #include <new>
 
-#include "platform/system_times.h"
 #include "platform/thread.h"
 #include "platform/topology.h"
 #include "present/frame_meter.h"
@@ -34,6 +33,7 @@ struct GroupThread {
 }  // namespace
 
 struct LoadSampler {
+  ReadTimes read = ReadSystemTimes;
   HANDLE stop = nullptr;           // manual-reset, shared
   HANDLE start[kMostGroups] = {};  // auto-reset
   HANDLE done[kMostGroups] = {};   // manual-reset
@@ -54,7 +54,7 @@ void GroupMain(void* pointer) {
   const HANDLE wanted[] = {sampler.stop, sampler.start[self.group]};
   while (WaitForMultipleObjects(2, wanted, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
     SystemTimes times;
-    if (!ReadSystemTimes(times)) continue;  // the caller waits in vain and keeps its last value
+    if (!sampler.read(times)) continue;  // the caller waits in vain and keeps its last value
     GroupTimes& written = sampler.written[self.group];
     written.idle.store(times.idle, std::memory_order_relaxed);
     written.kernel.store(times.kernel, std::memory_order_relaxed);
@@ -77,9 +77,10 @@ void CloseEvent(HANDLE event) noexcept {
 
 }  // namespace
 
-LoadSampler* StartLoadSampler() noexcept {
+LoadSampler* StartLoadSampler(ReadTimes read) noexcept {
   auto* sampler = new (std::nothrow) LoadSampler;
   if (sampler == nullptr) return nullptr;
+  sampler->read = read;
   sampler->stop = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   const std::uint16_t groups = std::min(ActiveGroupCount(), kMostGroups);
   bool started = sampler->stop != nullptr && groups > 0;
