@@ -15,11 +15,12 @@ void FrameTick();
 /// Rewrites the call summary.
 void WriteCallSummary() noexcept;
 
-/// Opens the capture file on the first frame of the range. False when it could not be opened.
+/// Opens the capture file on the first frame of the range. False when it could not be opened or begun.
 bool BeginCaptureIfDue(const DriverState& clone, const StateSnapshot& snapshot, std::int32_t width,
                        std::int32_t height);
-/// Appends a frame; `pixels` may be null.
-void WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uint64_t pixelBytes);
+/// Appends a frame; `pixels` may be null. False when the file does not hold it: none is open, or this frame or one
+/// before it could not be written in full. Such a file takes no more frames and stays open until its range ends.
+bool WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uint64_t pixelBytes);
 bool CaptureReferencePixels() noexcept;
 
 }  // namespace tlr2

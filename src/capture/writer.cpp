@@ -22,6 +22,7 @@ constexpr std::size_t kFileBufferBytes = 4194304;
 struct CaptureWriter {
   std::FILE* file = nullptr;
   std::uint32_t frameCount = 0;
+  bool torn = false;    // a frame did not fit: behind what stands of it nothing more can be read
   char name[128] = "";  // empty: no capture has been asked for
   bool quitWhenDone = false;
   bool referencePixels = false;
@@ -60,22 +61,26 @@ bool BeginCaptureIfDue(const DriverState& clone, const StateSnapshot& snapshot, 
   std::FILE* file = std::fopen(writer.name, "wb");
   if (file == nullptr) return false;
   std::setvbuf(file, fileBuffer, _IOFBF, sizeof fileBuffer);
-  if (!WriteCaptureStart(file, snapshot, textures, width, height)) {
+  // Most of it waits in the buffer until the flush: a full disk may show only there.
+  if (!WriteCaptureStart(file, snapshot, textures, width, height) || std::fflush(file) != 0) {
     std::fclose(file);
     return false;
   }
   writer.file = file;
   writer.frameCount = 0;
+  writer.torn = false;
   return true;
 }
 
-void WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uint64_t pixelBytes) {
-  if (writer.file == nullptr) return;
-  if (!WriteFrameRecord(writer.file, job.stream.bytes, job.stream.blob, pixels, pixels != nullptr ? pixelBytes : 0))
-    return;
-  // A killed process then loses no whole frame.
-  std::fflush(writer.file);
+bool WriteCaptureFrame(const FrameJob& job, const std::uint8_t* pixels, std::uint64_t pixelBytes) {
+  if (writer.file == nullptr || writer.torn) return false;
+  // Flushed at once: a killed process then loses no whole frame, and a frame that the disk did not take does not count.
+  writer.torn =
+      !WriteFrameRecord(writer.file, job.stream.bytes, job.stream.blob, pixels, pixels != nullptr ? pixelBytes : 0) ||
+      std::fflush(writer.file) != 0;
+  if (writer.torn) return false;
   ++writer.frameCount;
+  return true;
 }
 
 void CloseCaptureFile(std::FILE* file, std::uint32_t frameCount) noexcept {

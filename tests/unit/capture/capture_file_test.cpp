@@ -1,10 +1,17 @@
 // The capture file's bytes, from a state and frames made by hand.
+#if defined(__unix__)
+#include <sys/resource.h>
+
+#include <csignal>
+#endif
+
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "capture/blob_list.h"
 #include "capture/crc32.h"
+#include "capture/reader.h"
 #include "capture_bytes.h"
 #include "capture_fixture.h"
 #include "textures/texture_ops.h"
@@ -27,12 +34,12 @@ class CaptureFile : public Diagnostics {
                 reinterpret_cast<const std::uint8_t*>(texels.data()), texels.size() * 4, Touch::kSkip);
   }
   bool Begin() { return BeginCaptureIfDue(clone, snapshot, 320, 200); }
-  static void Frame(const std::string& stream, const std::string& blob, const std::string& pixels) {
+  static bool Frame(const std::string& stream, const std::string& blob, const std::string& pixels) {
     FrameJob job = {};
     job.stream.bytes.append(reinterpret_cast<const std::uint8_t*>(stream.data()), stream.size());
     job.stream.blob.append(reinterpret_cast<const std::uint8_t*>(blob.data()), blob.size());
-    WriteCaptureFrame(job, pixels.empty() ? nullptr : reinterpret_cast<const std::uint8_t*>(pixels.data()),
-                      pixels.size());
+    return WriteCaptureFrame(job, pixels.empty() ? nullptr : reinterpret_cast<const std::uint8_t*>(pixels.data()),
+                             pixels.size());
   }
   static std::string FrameBytes(const std::string& stream, const std::string& blob, const std::string& pixels) {
     std::string bytes;
@@ -199,6 +206,79 @@ TEST_F(CaptureFile, AFilePastTwoGigabytesIsNotedWithItsSize) {
   FinishCaptureRange(1);
   EXPECT_EQ(LatestFinishedCapture().sizeBytes, kSize);
 }
+
+#if defined(__unix__)
+/// While it lives, no file grows beyond `bytes`: writes fail as they do on a full disk.
+class FullDisk {
+ public:
+  explicit FullDisk(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    handler_ = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  rlimit before_ = {};
+  void (*handler_)(int) = SIG_DFL;
+};
+
+TEST_F(CaptureFile, AFrameThatTheDiskDoesNotTakeIsNotCountedNorAnyBehindIt) {
+  SetCaptureRange(0, 9, "test", false);
+  ASSERT_TRUE(Begin());
+  EXPECT_TRUE(Frame("1...", "", ""));
+  {
+    // Within the buffer: the full disk shows at the flush alone.
+    const FullDisk full(kTablesAt + 28 + 24 + 100);
+    EXPECT_FALSE(Frame(std::string(400, 's'), "", ""));
+    EXPECT_FALSE(Frame("3...", "", ""));
+  }
+  EXPECT_FALSE(Frame("4...", "", ""));  // the disk has room again, but what is torn stands before it
+  FinishCaptureRange(10);
+  EXPECT_EQ(LatestFinishedCapture().frameCount, 1u);
+  CaptureContents contents;
+  const char* error = "";
+  const char* const name = "TLR2_capture_frames0-9.tlr2-capture";
+  ASSERT_TRUE(ReadCapture(name, contents, &error)) << error;
+  EXPECT_EQ(contents.streams.size(), 1u);
+  EXPECT_EQ(BytesOf(name).substr(0, kTablesAt + 28), Header(1, 0, 0, 0) + SnapshotBytes() + FrameBytes("1...", "", ""));
+
+  SetCaptureRange(10, 11, "test", false);  // the next file is whole again
+  currentFrame.store(10, std::memory_order_relaxed);
+  ASSERT_TRUE(Begin());
+  EXPECT_TRUE(Frame("5...", "", ""));
+  {
+    const FullDisk full(kTablesAt + 28 + 24 + 100);
+    // Beyond the buffer: it shows at the write.
+    EXPECT_FALSE(Frame(std::string(5u << 20, 's'), "", ""));
+  }
+  EXPECT_FALSE(Frame("6...", "", ""));
+  FinishCaptureRange(12);
+  EXPECT_EQ(LatestFinishedCapture().frameCount, 1u);
+  ASSERT_TRUE(ReadCapture("TLR2_capture_frames10-11.tlr2-capture", contents, &error)) << error;
+  EXPECT_EQ(contents.streams.size(), 1u);
+}
+
+TEST_F(CaptureFile, AStartThatTheDiskDoesNotTakeLeavesNoFileOpen) {
+  SetCaptureRange(0, 5, "test", false);
+  {
+    const FullDisk full(1000);
+    EXPECT_FALSE(Begin());
+    EXPECT_FALSE(Frame("1...", "", ""));
+  }
+  ASSERT_TRUE(Begin());  // with room again, the range's next frame begins the file
+  EXPECT_TRUE(Frame("2...", "", ""));
+  FinishCaptureRange(6);
+  EXPECT_EQ(BytesOf("TLR2_capture_frames0-5.tlr2-capture"),
+            Header(1, 0, 0, 0) + SnapshotBytes() + FrameBytes("2...", "", ""));
+}
+#endif
 
 TEST_F(CaptureFile, ASecondFrameDoesNotBeginAnew) {
   SetCaptureRange(0, 1, "test", false);
