@@ -120,6 +120,9 @@ std::string CaptureCheck::Snapshot(const StateSnapshot& s) {
   const auto tiles = [](std::int32_t pixels, int shift) {
     return (static_cast<std::int64_t>(pixels) + (1 << shift) - 1) >> shift;
   };
+  if (s.fbWidth < 0 || s.fbHeight < 0) {
+    return Fault("keyframe: grid of %d by %d pixels", static_cast<int>(s.fbWidth), static_cast<int>(s.fbHeight));
+  }
   if (s.microCols != tiles(s.fbWidth, 3) || s.microRows != tiles(s.fbHeight, 3) || s.macroCols != tiles(s.fbWidth, 5) ||
       s.macroRows != tiles(s.fbHeight, 5)) {
     return "keyframe: tile counts do not follow from the grid's size";
@@ -221,7 +224,7 @@ std::string CaptureCheck::Upload(const CmdTexImage2D& r) {
 std::string CaptureCheck::Generation(std::int32_t count) {
   if (count < 1) return {};
   if (used_.empty()) used_.push_back(true);
-  std::size_t name = 1;
+  std::size_t& name = lowestFree_;
   for (std::int32_t i = 0; i < count; ++i) {
     while (name < used_.size() && used_[name]) ++name;
     if (name >= limits_.textureNames) {
@@ -248,6 +251,7 @@ std::string CaptureCheck::Deletion(const CmdDeleteTextures& r, const ByteVector&
       held_.erase(held);
     }
     if (name < used_.size()) used_[name] = false;
+    lowestFree_ = std::min<std::size_t>(lowestFree_, name);
     if (name == bound_) bound_ = 0;
   }
   return {};

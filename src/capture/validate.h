@@ -47,7 +47,8 @@ class CaptureCheck {
   std::size_t frame_ = 0;
   std::int64_t width_ = 0, height_ = 0;  // of the surface that everything so far needs
   std::uint32_t bound_ = 0;
-  std::vector<bool> used_;  // names in use, as long as the texture table
+  std::vector<bool> used_;      // names in use, as long as the texture table
+  std::size_t lowestFree_ = 1;  // no name from 1 up to it is free
   std::uint64_t texelBytes_ = 0;
   std::unordered_map<std::uint32_t, std::uint64_t> held_;  // texel bytes by texture name
 };

@@ -1,6 +1,7 @@
 // What stands between a file that reads and the driver: each fault in its own words, and what must pass.
 #include "capture/validate.h"
 
+#include <chrono>
 #include <cstring>
 #include <string>
 
@@ -87,6 +88,14 @@ TEST_F(Validate, TileCountsFollowFromTheGrid) {
   EXPECT_EQ(Fault(), "");
   made.SetSnapshot(6260, 3);
   EXPECT_EQ(Fault(), "keyframe: tile counts do not follow from the grid's size");
+}
+
+TEST_F(Validate, TheGridIsNotNegative) {
+  // Few pixels below nought would have no tiles, as nought pixels have none.
+  made.SetSnapshot(6244, 0xFFFFFFFB);
+  EXPECT_EQ(Fault(), "keyframe: grid of -5 by 0 pixels");
+  made.SetSnapshot(6244, 0), made.SetSnapshot(6248, 0xFFFFFFFF);
+  EXPECT_EQ(Fault(), "keyframe: grid of 0 by -1 pixels");
 }
 
 TEST_F(Validate, GridAndViewportHaveTheSurfacesLimit) {
@@ -196,6 +205,30 @@ TEST_F(Validate, GeneratedNamesHaveALimitAndAreUsedAgain) {
   std::string turns;
   for (int i = 0; i < 50; ++i) turns += generate(2) + MadeRecord(32, {2, 0, 0, 8, 0});
   EXPECT_EQ(FaultOf(MadeRecord(33, {0x0DE1, 3}) + turns, names, limits), "");
+}
+
+TEST_F(Validate, GeneratedNamesAreTheLowestFreeOnes) {
+  const CaptureLimits limits = {.textureNames = 6};
+  const std::string one = MadeRecord(31, {1, 0}), fill = MadeRecord(31, {4, 0});  // 2 to 5
+  const auto remove = [](std::uint32_t at) { return MadeRecord(32, {1, at, 0, 4, 0}); };
+  std::string names;
+  for (const std::uint32_t name : {4u, 2u, 0u}) Put32(names, name);
+  // A name that was passed over before counts again as soon as it is deleted, whichever comes first.
+  EXPECT_EQ(FaultOf(fill + remove(0) + remove(4) + one + one, names, limits), "");
+  EXPECT_EQ(FaultOf(fill + remove(4) + remove(0) + one + one, names, limits), "");
+  EXPECT_EQ(FaultOf(fill + remove(0) + one + remove(4) + one, names, limits), "");
+  EXPECT_EQ(FaultOf(fill + remove(4) + one + one, names, limits),
+            "frame 0: record 3 (GenTextures): 1 more texture names are beyond the limits");
+  EXPECT_EQ(FaultOf(fill + remove(8) + one, names, limits),  // nought is never deleted
+            "frame 0: record 2 (GenTextures): 1 more texture names are beyond the limits");
+}
+
+TEST_F(Validate, ManyRecordsThatGenerateANameAreQuicklyLookedAt) {
+  std::string records;
+  for (int i = 0; i < 100000; ++i) records += MadeRecord(31, {1, 0});
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(FaultOf(records), "");
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
 }
 
 std::string Upload(std::uint32_t width, std::uint32_t height, std::uint64_t offset, std::uint64_t size,
