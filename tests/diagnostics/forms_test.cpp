@@ -31,7 +31,7 @@ TEST(TraceSummary, CountsCallsByEntryAndFrame) {
   EXPECT_EQ(summary.first, 3);
   EXPECT_EQ(summary.last, 4);
   EXPECT_EQ(summary.target, "[a target]");
-  EXPECT_EQ(summary.end, TraceEnd::kWhole);
+  EXPECT_EQ(summary.end, TraceEnd::kEnded);
   EXPECT_EQ(summary.lines, 3u);
   EXPECT_EQ(summary.otherLines, 0u);
   EXPECT_EQ(summary.MissingNumbers(), 1u);
@@ -52,6 +52,38 @@ TEST(TraceSummary, KnowsACrashFromACut) {
   EXPECT_EQ(SummaryOf(kHead).MissingNumbers(), 0u);
 }
 
+TEST(TraceSummary, TheLastMarkDecidesHowATraceEnded) {
+  const std::string call = "[frame=3][seq=     1] TLR2::GL::End                        ()\n";
+  const std::string crash = "\n=== CRASH (vectored handler triggered) ===\n", end = "=== end of trace ===\n";
+  EXPECT_EQ(SummaryOf(kHead + call + crash + end).end, TraceEnd::kEnded) << "a fault that the program handled";
+  EXPECT_EQ(SummaryOf(kHead + call + crash + call + crash + end).end, TraceEnd::kEnded);
+  EXPECT_EQ(SummaryOf(kHead + call + crash + call).end, TraceEnd::kCrashed);
+  EXPECT_EQ(SummaryOf(kHead + call + end + crash).end, TraceEnd::kCrashed);
+  EXPECT_STREQ(NameOf(TraceEnd::kEnded), "ended");
+  EXPECT_STREQ(NameOf(TraceEnd::kCrashed), "crashed");
+  EXPECT_STREQ(NameOf(TraceEnd::kCut), "cut");
+}
+
+TEST(TraceSummary, MessagesOfTheDriverAreNoCalls) {
+  const TraceSummary summary =
+      SummaryOf(std::string(kHead) +
+                "[frame=3][seq=     4] TLR2::DxgiPresent::Init              (step=CreateSwapChain, hr=0x80004005)\n"
+                "[frame=3][seq=     5] TLR2::GL::Begin                      (mode=0x0004)\n"
+                "[frame=3][seq=     6] TLR2::DxgiPresent::PresentSwapChain  (Present hr=0x80004005)\n"
+                "[frame=3][seq=     7] TLR2::WGL::SwapBuffers               (hdc=0x1)\n"
+                "[frame=4][seq=     9] TLR2::DxgiPresent::PresentSwapChain  (Present hr=0x80004005)\n"
+                "=== end of trace ===\n");
+  EXPECT_EQ(summary.lines, 2u);
+  EXPECT_EQ(summary.messageLines, 3u);
+  EXPECT_EQ(summary.otherLines, 0u);
+  EXPECT_EQ(summary.MissingNumbers(), 1u) << "messages are numbered with the calls";
+  ASSERT_EQ(summary.frames.size(), 1u);
+  EXPECT_EQ(summary.frames.at(3).size(), 2u);
+  ASSERT_EQ(summary.messages.size(), 2u);
+  EXPECT_EQ(summary.messages.at("TLR2::DxgiPresent::PresentSwapChain"), 2u);
+  EXPECT_EQ(summary.messages.at("TLR2::DxgiPresent::Init"), 1u);
+}
+
 TEST(TraceSummary, RefusesWhatDoesNotBeginAsATrace) {
   TraceSummary summary;
   for (const char* const text : {"", "\n", "TLR2", "=== TLR2 trace (env, frames 3..4)\n", "[frame=0][seq=1] a ()\n"}) {
@@ -62,7 +94,7 @@ TEST(TraceSummary, RefusesWhatDoesNotBeginAsATrace) {
 
 TEST(TraceSummary, ReadsTheDriversOwnTraceOfAllEntries) {
   const TraceSummary summary = SummaryOf(test::FileBytes(std::string(TLR2_GOLDEN_TEXTS) + "/trace.txt"));
-  EXPECT_EQ(summary.end, TraceEnd::kWhole);
+  EXPECT_EQ(summary.end, TraceEnd::kEnded);
   EXPECT_EQ(summary.otherLines, 0u);
   EXPECT_EQ(summary.MissingNumbers(), 0u);
   std::map<std::string, std::uint64_t> all;

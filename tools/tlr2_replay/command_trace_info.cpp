@@ -54,9 +54,11 @@ void PrintJson(const std::string& file, const TraceSummary& summary) {
                       {"target", summary.target},
                       {"end", NameOf(summary.end)},
                       {"calls", summary.lines},
+                      {"messageLines", summary.messageLines},
                       {"otherLines", summary.otherLines},
                       {"missingNumbers", summary.MissingNumbers()},
                       {"entries", ToJson(OfAllFrames(summary))},
+                      {"messages", ToJson(summary.messages)},
                       {"frames", frames}};
   std::printf("%s\n", whole.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
 }
@@ -67,6 +69,7 @@ void PrintText(const std::string& file, const TraceSummary& summary) {
   if (!summary.target.empty()) std::printf("  target             %s\n", summary.target.c_str());
   std::printf("  end                %s\n", NameOf(summary.end));
   std::printf("  calls              %llu\n", static_cast<unsigned long long>(summary.lines));
+  std::printf("  driver messages    %llu\n", static_cast<unsigned long long>(summary.messageLines));
   std::printf("  missing numbers    %llu\n", static_cast<unsigned long long>(summary.MissingNumbers()));
   std::printf("  other lines        %llu\n", static_cast<unsigned long long>(summary.otherLines));
   std::printf("\n%12s %14s %10s\n", "frame", "calls", "entries");
@@ -77,6 +80,10 @@ void PrintText(const std::string& file, const TraceSummary& summary) {
   for (const auto& [name, calls] : Ranked(OfAllFrames(summary)))
     std::printf("%14llu %14.1f  %s\n", static_cast<unsigned long long>(calls),
                 static_cast<double>(calls) / static_cast<double>(frames), name.c_str());
+  if (summary.messages.empty()) return;
+  std::printf("\n%14s  %s\n", "messages", "of");
+  for (const auto& [name, lines] : Ranked(summary.messages))
+    std::printf("%14llu  %s\n", static_cast<unsigned long long>(lines), name.c_str());
 }
 
 }  // namespace

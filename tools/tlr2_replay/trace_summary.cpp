@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
 
 #include "tlr2_replay/console.h"
 
@@ -34,22 +35,32 @@ bool ReadHead(const std::string& line, TraceSummary& summary) {
   return used > 0;
 }
 
-bool ReadCall(const std::string& line, TraceSummary& summary) {
+bool IsEntry(const char* name) {
+  return std::strncmp(name, "TLR2::GL::", 10) == 0 || std::strncmp(name, "TLR2::WGL::", 11) == 0;
+}
+
+bool ReadNumberedLine(const std::string& line, TraceSummary& summary) {
   std::int32_t frame = 0;
   unsigned long long number = 0;
   char name[128];
   if (std::sscanf(line.c_str(), "[frame=%" SCNd32 "][seq=%llu] %127[^( ]", &frame, &number, name) != 3) return false;
-  summary.leastNumber = summary.lines == 0 ? number : std::min<std::uint64_t>(summary.leastNumber, number);
+  summary.leastNumber =
+      summary.lines + summary.messageLines == 0 ? number : std::min<std::uint64_t>(summary.leastNumber, number);
   summary.greatestNumber = std::max<std::uint64_t>(summary.greatestNumber, number);
-  ++summary.lines;
-  ++summary.frames[frame][name];
+  if (IsEntry(name)) {
+    ++summary.lines;
+    ++summary.frames[frame][name];
+  } else {
+    ++summary.messageLines;
+    ++summary.messages[name];
+  }
   return true;
 }
 
 }  // namespace
 
 const char* NameOf(TraceEnd end) noexcept {
-  return end == TraceEnd::kWhole ? "whole" : end == TraceEnd::kCrashed ? "crashed" : "cut";
+  return end == TraceEnd::kEnded ? "ended" : end == TraceEnd::kCrashed ? "crashed" : "cut";
 }
 
 bool SummariseTrace(std::istream& in, TraceSummary& summary) {
@@ -58,9 +69,9 @@ bool SummariseTrace(std::istream& in, TraceSummary& summary) {
   if (!NextLine(in, line) || !ReadHead(line, summary)) return false;
   for (std::uint64_t number = 2; NextLine(in, line); ++number) {
     if (number % 65536 == 0) StopIfInterrupted();
-    if (ReadCall(line, summary)) continue;
+    if (ReadNumberedLine(line, summary)) continue;
     if (line == "=== end of trace ===") {
-      if (summary.end != TraceEnd::kCrashed) summary.end = TraceEnd::kWhole;
+      summary.end = TraceEnd::kEnded;
     } else if (line == "=== CRASH (vectored handler triggered) ===") {
       summary.end = TraceEnd::kCrashed;
     } else if (number == 2 && !line.empty() && line.front() == '[') {
