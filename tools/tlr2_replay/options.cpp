@@ -11,6 +11,7 @@ namespace tlr2::tool {
 
 CommandLine::CommandLine(const char* command)
     : app(FindCommand(command)->summary, std::string("tlr2_replay ") + command) {
+  app.allow_windows_style_options(false);  // a path may begin with a slash
   app.add_option("--max-memory", maxMemoryMiB, "End with exit code 4 beyond this much memory, in MiB; 0 for no limit")
       ->capture_default_str();
   app.add_option("--max-seconds", maxSeconds, "End with exit code 4 after this time; 0 for no limit")
