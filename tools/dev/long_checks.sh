@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # The checks that take too long for every change: ten million jobs through the queue in each mix, a million random tiles
-# a kernel, programs that nobody here wrote. By hand; figures and date go to docs/long-checks.md.
+# a kernel, the budgets of idle calls, programs that nobody here wrote. By hand; figures and date go to docs/long-checks.md.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 bash tools/dev/packages.sh
 cmake --preset native >/dev/null
-cmake --build build/native -j "$(nproc)" --target stress_queue test_kernels >/dev/null
+cmake --build build/native -j "$(nproc)" --target stress_queue test_kernels bench_entry_budget >/dev/null
 workers=$(($(nproc) + 1))
 for mix in constant mixed; do
   TLR2_RJQ_IDLE_SPIN_US=0 build/native/tests/stress/stress_queue --jobs 10000000 --workers "$workers" --mix "$mix"
 done
 TLR2_KERNEL_TILES=1000000 build/native/tests/kernels/test_kernels --gtest_filter='*Differential*' --gtest_brief=1
+build/native/bench/bench_entry_budget --check
 bash tools/dev/real_programs.sh

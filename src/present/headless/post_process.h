@@ -10,7 +10,7 @@
 namespace tlr2 {
 
 /// Writes `count` adjusted pixels, 0xAARRGGBB; alpha stays. `source` and `out` do not overlap. With neutral constants
-/// the pixels are copied: the way to hue and back would only add its rounding.
+/// the pixels are copied, which is what the arithmetic gives for each of the 2^24 colours.
 void PostProcessPixels(const PostProcessConstants& constants, const std::uint32_t* source, std::uint32_t* out,
                        std::size_t count) noexcept;
 

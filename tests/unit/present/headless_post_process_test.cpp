@@ -85,6 +85,17 @@ TEST_F(HeadlessPostProcess, NeutralSettingsCopy) {
   for (std::uint32_t n = 0; n < 1000; ++n) EXPECT_EQ(Adjust({}, n * 2654435761u), n * 2654435761u);
 }
 
+TEST(PostProcessPixels, ArithmeticAtNeutralSettingsChangesNoByteSoThatACopyMayStandForIt) {
+  PostProcessConstants constants{};
+  constants.gamma = constants.saturation = constants.brightness = 1.0f;
+  constants.videoRange = 1e-30f;  // too little to show, enough not to be neutral
+  std::vector<std::uint32_t> source, shown;
+  for (std::uint32_t color = 0; color < 1u << 24; color += 5) source.push_back(0x5A000000u | color);
+  shown.resize(source.size());
+  PostProcessPixels(constants, source.data(), shown.data(), source.size());
+  EXPECT_EQ(shown, source);
+}
+
 TEST_F(HeadlessPostProcess, FullVideoRangeMapsBlackTo16AndWhiteTo235) {
   EXPECT_EQ(Adjust({100, 0, 100, 100, 100}, 0x80000000u), 0x80101010u);
   EXPECT_EQ(Adjust({100, 0, 100, 100, 100}, 0xFFFFFFFFu), 0xFFEBEBEBu);
