@@ -1,5 +1,5 @@
 // The control panel, used by window messages as a person would: each control's word, its stored value and what the next
-// frame shows.
+// frame shows. Over 600 lines: a process has one panel, and each test meets it through the one driver and fixture here.
 #include "panel/panel.h"
 
 // clang-format off

@@ -56,11 +56,16 @@ def main() -> int:
                 findings.append(f"{name}:{number}: system word outside {', '.join(SYSTEM_ROOMS)}")
             if INTRINSICS.search(line) and not name.startswith(INTRINSIC_ROOMS):
                 findings.append(f"{name}:{number}: intrinsics outside {', '.join(INTRINSIC_ROOMS)}")
-        lines = text.count("\n")
-        if lines > 600 and not LONG_REASON.search("\n".join(text.splitlines()[:12])):
-            findings.append(f"{name}: {lines} lines, over 600 lines without a reason in its first comment")
         if not text.lstrip().startswith(("//", "/*")):
             findings.append(f"{name}: does not begin with the sentence that says what it is")
+    for folder in ("src", "tools", "tests", "bench", "examples"):
+        for path in sorted((root / folder).rglob("*")):
+            if path.suffix not in (".h", ".cpp", ".def", ".inc"):
+                continue
+            lines = path.read_text(encoding="utf-8").splitlines()
+            if len(lines) > 600 and not LONG_REASON.search("\n".join(lines[:12])):
+                name = path.relative_to(root).as_posix()
+                findings.append(f"{name}: {len(lines)} lines, over 600 lines without a reason in its first comment")
     for finding in findings:
         print(finding)
     return 1 if findings else 0

@@ -57,7 +57,6 @@ LANE_FN int CountOf(const UnitList& list) { return list.count; }
 LANE_FN PartBarycentrics WeightsOf(const Barycentrics (&weights)[kPlanes], const UnitList& list, int i) {
   return WeightsOf(weights, list.unit[i]);
 }
-LANE_FN void SetColor(Color (&slots)[kPlanes], const UnitList& list, int i, const PartColor& c);
 
 template <typename List>
 [[gnu::noinline]] void FindCoordinates(const Surface& surface, const Barycentrics (&weights)[kPlanes], const List& list,
