@@ -58,6 +58,7 @@ struct DriverState {
   std::uint8_t texture2DEnabled = 0;
   std::uint32_t boundTexture = 0;
   std::vector<TextureObject> textureTable;  // indexed by texture name
+  std::uint32_t lowestFreeTexture = 1;      // no slot from 1 up to here is free; see SlotBecameFree
   std::uint8_t blendEnabled = 0;
   std::uint32_t blendSrc = gl::kOne, blendDst = gl::kZero;
   std::uint8_t alphaTestEnabled = 0;

@@ -1,5 +1,5 @@
 // Texture names: the table's slots, their allocation, binding, deletion and parameters.
-#include <limits>
+#include <algorithm>
 #include <stdexcept>
 
 #include "api/state/keyframe.h"
@@ -16,8 +16,10 @@ void Note(Touch touch, std::uint32_t slot) {
 }
 
 /// Slot 0 stands for the unbound state. It exists as soon as anything looks at the table.
-void EnsureSlotZero(std::vector<TextureObject>& table) {
-  if (table.empty()) table.emplace_back().inUse = 1;
+void EnsureSlotZero(DriverState& state) {
+  if (!state.textureTable.empty()) return;
+  state.textureTable.emplace_back().inUse = 1;
+  state.lowestFreeTexture = 1;
 }
 
 void EmptySlot(TextureObject& object) noexcept {
@@ -37,9 +39,11 @@ void EmptySlot(TextureObject& object) noexcept {
   }
 }
 
-/// Takes the lowest free slot at or above `from`; appends one when none is free.
-std::uint32_t TakeSlot(std::vector<TextureObject>& table, std::size_t from, Touch touch) {
-  std::size_t slot = from;
+/// Takes the lowest free slot; appends one when none is free. The search goes on from where the last one ended, so that
+/// a program which asks for its names one by one does not walk the table once for each.
+std::uint32_t TakeSlot(DriverState& state, Touch touch) {
+  std::vector<TextureObject>& table = state.textureTable;
+  std::size_t slot = std::min<std::size_t>(state.lowestFreeTexture, table.size());
   while (slot < table.size() && table[slot].inUse != 0) ++slot;
   if (slot < table.size()) {
     Note(touch, static_cast<std::uint32_t>(slot));
@@ -49,29 +53,27 @@ std::uint32_t TakeSlot(std::vector<TextureObject>& table, std::size_t from, Touc
     if (slot >= kSlotLimit) throw std::length_error("vector too long");
     table.emplace_back().inUse = 1;
   }
+  state.lowestFreeTexture = static_cast<std::uint32_t>(slot) + 1;
   return static_cast<std::uint32_t>(slot);
 }
 
 }  // namespace
 
 std::uint32_t AllocateTextureName(DriverState& state, Touch touch) {
-  EnsureSlotZero(state.textureTable);
-  return TakeSlot(state.textureTable, 1, touch);
+  EnsureSlotZero(state);
+  return TakeSlot(state, touch);
 }
 
 void AllocateTextureNames(DriverState& state, GLsizei n, std::uint32_t* names, Touch touch) {
-  EnsureSlotZero(state.textureTable);
-  // Below the slot that was just taken none is free, so each search goes on from the one before.
-  std::size_t from = 1;
+  EnsureSlotZero(state);
   for (GLsizei i = 0; i < n; ++i) {
-    const std::uint32_t name = TakeSlot(state.textureTable, from, touch);
+    const std::uint32_t name = TakeSlot(state, touch);
     if (names != nullptr) names[i] = name;
-    from = static_cast<std::size_t>(name) + 1;
   }
 }
 
 TextureObject* CurrentTextureObject(DriverState& state) {
-  EnsureSlotZero(state.textureTable);
+  EnsureSlotZero(state);
   if (state.boundTexture >= state.textureTable.size()) return nullptr;
   return &state.textureTable[state.boundTexture];
 }
@@ -79,9 +81,10 @@ TextureObject* CurrentTextureObject(DriverState& state) {
 void BindTexture(DriverState& state, GLenum target, std::uint32_t name, Touch touch) {
   if (target != gl::kTexture2D) return;
   std::vector<TextureObject>& table = state.textureTable;
-  EnsureSlotZero(table);
+  EnsureSlotZero(state);
   if (name >= table.size()) {
     if (name >= kSlotLimit) throw std::length_error("vector too long");
+    SlotBecameFree(state, table.size());
     table.resize(static_cast<std::size_t>(name) + 1);
   }
   // Binding a name that is in use changes no object, and a frame that only binds saves no texture.
@@ -98,6 +101,7 @@ void DeleteTextures(DriverState& state, GLsizei n, const std::uint32_t* names, T
     if (name == 0 || name >= state.textureTable.size()) continue;
     Note(touch, name);
     EmptySlot(state.textureTable[name]);
+    SlotBecameFree(state, name);
     if (name == state.boundTexture) state.boundTexture = 0;
   }
 }

@@ -18,7 +18,7 @@ enum class Touch : std::uint8_t { kNote, kSkip };
 std::uint64_t PayloadBytes(GLenum format, GLsizei width, GLsizei height, bool hasPixels) noexcept;
 
 std::uint32_t AllocateTextureName(DriverState& state, Touch touch);
-/// `n` names in one walk of the table, the same as `n` single ones; `names` may be null.
+/// The same as `n` single ones; `names` may be null.
 void AllocateTextureNames(DriverState& state, GLsizei n, std::uint32_t* names, Touch touch);
 /// The bound object; creates slot 0 if the table is empty; null if the bound name is not a slot.
 TextureObject* CurrentTextureObject(DriverState& state);

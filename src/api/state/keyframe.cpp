@@ -9,9 +9,16 @@
 namespace tlr2 {
 namespace {
 
-void PutBack(std::vector<TextureObject>& table, const Keyframe& keyframe) {
+/// The texture table as it stood at the keyframe.
+void RewindTextures(DriverState& state, const Keyframe& keyframe) {
+  std::vector<TextureObject>& table = state.textureTable;
+  SlotBecameFree(state, table.empty() ? 1 : table.size());  // of a table that grows
+  table.resize(keyframe.textureCount);
   for (std::size_t i = 0; i < keyframe.pendingIds.size() && i < keyframe.pendingRecords.size(); ++i) {
-    if (keyframe.pendingIds[i] < table.size()) table[keyframe.pendingIds[i]] = keyframe.pendingRecords[i];
+    const std::uint32_t name = keyframe.pendingIds[i];
+    if (name >= table.size()) continue;
+    table[name] = keyframe.pendingRecords[i];
+    if (table[name].inUse == 0) SlotBecameFree(state, name);
   }
 }
 
@@ -60,22 +67,22 @@ void ApplyKeyframe(const Keyframe& keyframe) {
   if (keyframe.valid == 0) return;
   DriverState& state = DriverStateInstance();
   StateFromSnapshot(state, keyframe.snapshot);
-  state.textureTable.resize(keyframe.textureCount);
-  PutBack(state.textureTable, keyframe);
+  RewindTextures(state, keyframe);
   RestoreTileGrid(state);
 }
 
 bool CaptureBaseline(DriverState& temp, StateSnapshot& out) {
   const DriverState& state = DriverStateInstance();
   const LiveKeyframe& live = LiveKeyframeInstance();
+  if (&temp != &state) {
+    temp.textureTable = state.textureTable;
+    temp.lowestFreeTexture = state.lowestFreeTexture;
+  }
   if (live.valid != 0) {
-    if (&temp != &state) temp.textureTable = state.textureTable;
-    temp.textureTable.resize(live.textureCount);
-    PutBack(temp.textureTable, live);
+    RewindTextures(temp, live);
     out = live.snapshot;
     return true;
   }
-  if (&temp != &state) temp.textureTable = state.textureTable;
   SnapshotFromState(state, out);
   return false;
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -78,6 +79,80 @@ TEST_F(Textures, ManyNamesAtOnceEqualSingleOnes) {
   for (std::uint32_t name : names) EXPECT_EQ(AllocateTextureName(*other, Touch::kSkip), name);
   AllocateTextureNames(state_, 2, nullptr, Touch::kSkip);
   EXPECT_EQ(state_.textureTable.size(), 15u);
+}
+
+TEST_F(Textures, NamesAskedForOneByOneTakeAStepEach) {
+  constexpr std::uint32_t kNames = 200000;
+  std::uint64_t steps = 0;  // slots that the searches looked at
+  for (std::uint32_t i = 1; i <= kNames; ++i) {
+    const std::uint32_t from = state_.lowestFreeTexture;
+    std::uint32_t name = 0;
+    AllocateTextureNames(state_, 1, &name, Touch::kSkip);
+    ASSERT_EQ(name, i);
+    ASSERT_LE(from, name);
+    steps += name - from + 1;
+  }
+  EXPECT_LE(steps, 2 * std::uint64_t{kNames});
+  // From the end down: each deletion makes its name the next one.
+  for (std::uint32_t name = kNames; name > kNames - 1000; --name) {
+    Delete({name});
+    const std::uint32_t from = state_.lowestFreeTexture;
+    ASSERT_EQ(Generate(), name);
+    ASSERT_EQ(from, name);
+  }
+}
+
+/// Which names are in use, and the lowest free one by a search from the beginning.
+struct PlainNames {
+  std::vector<bool> inUse{true};
+  void Use(std::uint32_t name) {
+    if (name >= inUse.size()) inUse.resize(name + 1);
+    inUse[name] = true;
+  }
+  std::uint32_t Generate() {
+    std::uint32_t name = 1;
+    while (name < inUse.size() && inUse[name]) ++name;
+    Use(name);
+    return name;
+  }
+  void Delete(std::uint32_t name) {
+    if (name != 0 && name < inUse.size()) inUse[name] = false;
+  }
+};
+
+TEST_F(Textures, NamesAmongBindsAndDeletionsAreThoseOfAPlainSearch) {
+  std::mt19937 random(11);
+  for (int run = 0; run < 30; ++run) {
+    state_ = DriverState();
+    PlainNames plain;
+    const auto range = static_cast<std::uint32_t>(1 + random() % 300);
+    for (int i = 0; i < 2000; ++i) {
+      const auto name = static_cast<std::uint32_t>(random() % range);
+      switch (random() % 8) {
+        case 0:
+          Bind(name);
+          plain.Use(name);
+          break;
+        case 1:
+        case 2:
+        case 3:
+          Delete({name, name / 2});
+          plain.Delete(name);
+          plain.Delete(name / 2);
+          break;
+        case 4: {
+          std::uint32_t names[3];
+          AllocateTextureNames(state_, 3, names, Touch::kSkip);
+          for (const std::uint32_t each : names) ASSERT_EQ(each, plain.Generate());
+          break;
+        }
+        default:
+          ASSERT_EQ(Generate(), plain.Generate());
+      }
+    }
+    ASSERT_EQ(state_.textureTable.size(), plain.inUse.size());
+    for (std::uint32_t i = 0; i < plain.inUse.size(); ++i) ASSERT_EQ(Object(i).inUse != 0, plain.inUse[i]) << i;
+  }
 }
 
 TEST_F(Textures, BindOfAnUnknownNameGrowsTheTable) {
@@ -364,6 +439,34 @@ TEST_F(TouchedTextures, ReplayHandsOutTheSameNames) {
   DeleteTextures(state_, 1, &freed, Touch::kSkip);
   AllocateTextureNames(state_, 3, second, Touch::kSkip);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(first[i], second[i]);
+}
+
+TEST_F(TouchedTextures, NamesAfterARewindAreThoseOfAPlainSearch) {
+  std::mt19937 random(12);
+  for (int frame = 0; frame < 400; ++frame) {
+    TakeKeyframe();
+    for (int i = static_cast<int>(random() % 30); i > 0; --i) {
+      const auto name = static_cast<std::uint32_t>(1 + random() % 60);
+      if (random() % 3 == 0) {
+        BindTexture(state_, gl::kTexture2D, name, Touch::kNote);
+      } else if (random() % 2 == 0) {
+        DeleteTextures(state_, 1, &name, Touch::kNote);
+      } else {
+        AllocateTextureName(state_, Touch::kNote);
+      }
+    }
+    auto clone = std::make_unique<DriverState>();
+    StateSnapshot snapshot = {};
+    CaptureBaseline(*clone, snapshot);
+    Keyframe keyframe;
+    BuildKeyframe(keyframe);
+    if (random() % 2 == 0) ApplyKeyframe(keyframe);
+    for (DriverState* state : {&state_, clone.get()}) {
+      std::uint32_t lowest = 1;
+      while (lowest < state->textureTable.size() && state->textureTable[lowest].inUse != 0) ++lowest;
+      ASSERT_EQ(AllocateTextureName(*state, state == &state_ ? Touch::kNote : Touch::kSkip), lowest) << frame;
+    }
+  }
 }
 
 }  // namespace
