@@ -11,7 +11,7 @@ struct ProfileNode;
 
 struct ThreadGuard {
   ContextRecord* currentContext;
-  bool suppress;  // nothing sets it: the one per-thread switch that turns accounting off
+  bool suppress;  // the per-thread switch that turns accounting off; false for every caller unless someone sets it
   ProfileNode* profileRoot;
   ProfileNode* profileCursor;
 };
@@ -45,16 +45,23 @@ inline ThreadGuard& CurrentThreadGuard() noexcept {
 namespace detail {
 // Initial-exec: one add to the thread register instead of a call, also from the shared library. The block is small
 // enough for the room that the loader keeps for libraries opened later.
+// A thread that never came in has `suppress` set, which every entry looks at in any case: so a thread's first call is
+// told from the others without a question of its own.
 extern constinit thread_local ThreadGuard threadGuard __attribute__((tls_model("initial-exec")));
-}  // namespace detail
-namespace detail {
+/// What a thread's first call does; nothing at any later one.
+void MeetThread() noexcept;
+/// As it stands: possibly of a thread that never came in.
 inline ThreadGuard* ThreadGuardAtHand() noexcept { return &threadGuard; }
 }  // namespace detail
 #if defined(__SANITIZE_ADDRESS__)
 /// Out of line: GCC 12's null check of a thread-local's address reads the wrong register where this is inlined.
 ThreadGuard& CurrentThreadGuard() noexcept;
 #else
-inline ThreadGuard& CurrentThreadGuard() noexcept { return detail::threadGuard; }
+inline ThreadGuard& CurrentThreadGuard() noexcept {
+  if (detail::threadGuard.suppress) [[unlikely]]
+    detail::MeetThread();
+  return detail::threadGuard;
+}
 #endif
 #endif
 

@@ -1,7 +1,8 @@
 // A program that dies under the driver, as its arguments say: HOW access|illegal|overflow|killed|sent|caught, WHERE
-// main|other.
+// main|other|armed.
 // Built twice: over the driver's rooms, where the other thread is one of the pool's workers, and over the built
-// library, where it is a thread of the program's own. Exit code 3: it did not die; 4: it could not begin.
+// library, where it is a thread of the program's own, armed with a signal stack of its own or not. Exit code 3: it did
+// not die; 4: it could not begin.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -134,9 +135,16 @@ void FaultTwice(const Driver& driver) {
   Fault();
 }
 
-void DieElsewhere([[maybe_unused]] const Driver& driver) {
+void DieElsewhere([[maybe_unused]] const Driver& driver, [[maybe_unused]] bool armed) {
 #if defined(TLR2_LIBRARY)
-  std::thread([begin = driver.begin] {
+  std::thread([begin = driver.begin, armed] {
+#if !defined(_WIN32)
+    static char stack[256 * 1024];
+    stack_t own = {};
+    own.ss_sp = stack;
+    own.ss_size = sizeof stack;
+    if (armed) sigaltstack(&own, nullptr);
+#endif
     begin(4);
     Die();
   }).join();
@@ -172,7 +180,7 @@ int main(int count, char** arguments) {
   } else if (std::strcmp(arguments[2], "main") == 0) {
     Die();
   } else {
-    DieElsewhere(driver);
+    DieElsewhere(driver, std::strcmp(arguments[2], "armed") == 0);
   }
   return 3;
 }

@@ -15,8 +15,6 @@ constexpr int kFaults[] = {SIGSEGV, SIGBUS, SIGILL};
 void (*crashObserver)() = nullptr;
 struct sigaction previousAction[3];
 constinit FaultTurn turn;
-// Of the loading thread, for good: the handlers outlive every end of the library.
-alignas(16) char loadingThreadsFaultStack[kFaultStackBytes];
 
 void PassOn(int signalNumber, siginfo_t* info, void* context, const struct sigaction& previous) {
   if ((previous.sa_flags & SA_SIGINFO) != 0) return previous.sa_sigaction(signalNumber, info, context);
@@ -29,7 +27,8 @@ void PassOn(int signalNumber, siginfo_t* info, void* context, const struct sigac
 }
 
 void OnFault(int signalNumber, siginfo_t* info, void* context) {
-  if (turn.Take(reinterpret_cast<std::uintptr_t>(&CurrentThreadGuard()))) {
+  // The block's place is the thread's number. It is not entered here, which could mean to make something for it.
+  if (turn.Take(reinterpret_cast<std::uintptr_t>(detail::ThreadGuardAtHand()))) {
     crashObserver();
     turn.Give();
   }
@@ -42,7 +41,7 @@ void OnFault(int signalNumber, siginfo_t* info, void* context) {
 
 void InstallCrashObserver(void (*observer)()) noexcept {
   crashObserver = observer;
-  SetFaultStack(loadingThreadsFaultStack);
+  GiveFaultStack();  // of the loading thread; others get theirs at their start or with their first call
   struct sigaction action = {};
   action.sa_sigaction = OnFault;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;

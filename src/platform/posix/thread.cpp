@@ -32,11 +32,8 @@ std::atomic<std::uint32_t> lastThreadId{0};
 void* RunThread(void* pointer) {
   const StartArgument start = *static_cast<StartArgument*>(pointer);
   delete static_cast<StartArgument*>(pointer);
-  // At the far end of the thread's own stack, so that it lives and goes with it.
-  alignas(16) char faultStack[kFaultStackBytes];
-  const bool given = SetFaultStack(faultStack);
+  GiveFaultStack();
   start.main(start.argument);
-  if (given) DropFaultStack();
   return nullptr;
 }
 
