@@ -1,7 +1,7 @@
-// FNV-1a of long runs. One chain waits for a multiplication at every byte; four chains over four parts of the run keep
-// the processor busy. For that, the state at the parts' starts must be known, but of it only the low byte: a byte is
-// xored into the low byte alone, so with state = low + 256 * high, a part's result is its result from `low` plus
-// 256 * high times the prime's power.
+// FNV-1a of long runs, as every processor can. One chain waits for a multiplication at every byte; four chains over
+// four parts of the run keep the processor busy. For that, the state at the parts' starts must be known, but of it only
+// the low byte: a byte is xored into the low byte alone, so with state = low + 256 * high, a part's result is its
+// result from `low` plus 256 * high times the prime's power.
 //
 // The low bytes come from a first pass. low' = (low ^ byte) * 0x93 mod 256, where 0x93 is odd: bit k of the product is
 // bit k of the factor xored with something made of lower bits only. So with the bits of 128 bytes in eight planes, each
@@ -145,7 +145,7 @@ std::uint32_t PrimePower(std::size_t exponent) noexcept {
 
 }  // namespace
 
-std::uint32_t Fnv1aLong(const std::uint8_t* bytes, std::size_t size) noexcept {
+std::uint32_t Fnv1aLongPlain(const std::uint8_t* bytes, std::size_t size) noexcept {
   const std::size_t part = size / kChains / kGroupBytes * kGroupBytes;
   std::uint32_t low[kChains] = {kFnvBasis & 0xFFu};
   for (int i = 1; i < kChains; ++i)
@@ -164,6 +164,11 @@ std::uint32_t Fnv1aLong(const std::uint8_t* bytes, std::size_t size) noexcept {
   std::uint32_t hash = kFnvBasis;
   for (int i = 0; i < kChains; ++i) hash = results[i] + power * (hash - low[i]);
   return Fnv1aContinue(hash, p3 + part, size - kChains * part);
+}
+
+std::uint32_t Fnv1aLong(const std::uint8_t* bytes, std::size_t size) noexcept {
+  __builtin_cpu_init();  // may run before the compiler's own constructors
+  return __builtin_cpu_supports("avx2") ? Fnv1aLongAvx2(bytes, size) : Fnv1aLongPlain(bytes, size);
 }
 
 }  // namespace tlr2

@@ -15,8 +15,11 @@ inline std::uint32_t Fnv1aContinue(std::uint32_t hash, const std::uint8_t* bytes
   return hash;
 }
 
-/// The same hash for long runs, in several chains at a time.
+/// The same hash for long runs, many parts of them at a time.
 std::uint32_t Fnv1aLong(const std::uint8_t* bytes, std::size_t size) noexcept;
+/// Its two forms; the second only where the processor has AVX2.
+std::uint32_t Fnv1aLongPlain(const std::uint8_t* bytes, std::size_t size) noexcept;
+std::uint32_t Fnv1aLongAvx2(const std::uint8_t* bytes, std::size_t size) noexcept;
 inline constexpr std::size_t kFnvLongBytes = 8192;
 
 inline std::uint32_t Fnv1a(const void* data, std::size_t size) noexcept {
