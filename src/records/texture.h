@@ -43,6 +43,13 @@ class TexelVector {
     words_->resize(count + 2);
     if (count < old) (*words_)[count + 1] = 0;
   }
+  /// The same, but new texels behind others are for the caller to write, all of them.
+  void Extend(std::size_t count) {
+    if (count <= size() || empty()) return resize(count);
+    Own();
+    words_->GrowUninitialized(count - size());
+    (*words_)[count + 1] = 0;
+  }
   void assign(std::size_t count, std::uint32_t value) {
     Renew(count);
     for (std::size_t i = 0; i < count; ++i) (*words_)[i + 1] = value;

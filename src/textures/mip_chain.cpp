@@ -92,7 +92,7 @@ std::size_t LayOutLevels(TextureObject& object) {
 }
 
 void BuildMipChain(TextureObject& object) {
-  object.pixels.resize(LayOutLevels(object));
+  object.pixels.Extend(LayOutLevels(object));  // every level is written whole
   for (std::uint32_t i = 1; i < object.levelCount; ++i) {
     GenerateLevel(object.pixels, object.levelOffset[i - 1], object.levelWidth[i - 1], object.levelHeight[i - 1],
                   object.levelOffset[i], object.levelWidth[i], object.levelHeight[i]);
