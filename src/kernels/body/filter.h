@@ -38,10 +38,9 @@ LANE_FN PartColor ToByteScale(const PartColor& c) { return Scale(c, 255.0f); }
 template <int Shift>
 LANE_FN FloatsPart BlendChannel(const Footprint& f, const FloatsPart (&weight)[4]) {
   const auto unit = [](IntsPart word) __attribute__((always_inline)) {
-    IntsPart byte = word;
-    if constexpr (Shift != 0) byte = ShiftRight<Shift>(byte);
-    if constexpr (Shift != 24) byte = And(byte, Splat(0xFF));
-    return Mul(ToFloats(byte), Splat(kByteScale));
+    // A channel in its place is the byte times a power of two, which the scale takes back without rounding.
+    if constexpr (Shift == 24) return Mul(ToFloats(ShiftRight<24>(word)), Splat(kByteScale));
+    return Mul(ToFloats(And(word, Splat(0xFF << Shift))), Splat(kByteScale / static_cast<float>(1 << Shift)));
   };
   FloatsPart sum = Mul(unit(f.t10), weight[0]);
   sum = MulAdd(unit(f.t00), weight[1], sum);
