@@ -1,6 +1,7 @@
 // The current colour. These entries change the state first and record after it: the record carries the packed word.
 #include "base/color.h"
 
+#include "api/entries/common_calls.h"
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
 #include "api/state/effects.h"
@@ -27,19 +28,8 @@ void TLR2_STDCALL glColor3fv(const GLfloat* v) noexcept {
   SetColor(guard, PackColor(v[0], v[1], v[2], 1.0f));
 }
 
-[[gnu::noinline]] static void TLR2_STDCALL CommonColor4f(GLfloat red, GLfloat green, GLfloat blue,
-                                                         GLfloat alpha) noexcept {
+void TLR2_STDCALL CommonColor4f(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) noexcept {
   SetColor(enter::glColor4f(red, green, blue, alpha), PackColor(red, green, blue, alpha));
-}
-
-void TLR2_STDCALL glColor4f(GLfloat red, GLfloat green, GLfloat blue, GLfloat alpha) noexcept {
-  ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
-    return CommonColor4f(red, green, blue, alpha);
-  CounterAdd(CallCounters[static_cast<int>(Entry::glColor4f)], 1);
-  const std::uint32_t color = PackColor(red, green, blue, alpha);
-  effect::Color(DriverStateInstance(), color);
-  new (bytes.TakeSpare(sizeof(CmdColor))) CmdColor{.color = color};
 }
 
 void TLR2_STDCALL glColor4fv(const GLfloat* v) noexcept {
@@ -54,20 +44,8 @@ void TLR2_STDCALL glColor3ubv(const GLubyte* v) noexcept {
   SetColor(guard, PackBytes(v[0], v[1], v[2], 255));
 }
 
-[[gnu::noinline]] static void TLR2_STDCALL CommonColor4ub(GLubyte red, GLubyte green, GLubyte blue,
-                                                          GLubyte alpha) noexcept {
+void TLR2_STDCALL CommonColor4ub(GLubyte red, GLubyte green, GLubyte blue, GLubyte alpha) noexcept {
   SetColor(enter::glColor4ub(red, green, blue, alpha), PackBytes(red, green, blue, alpha));
-}
-
-// Called per vertex: a plain call makes no further call, see vertex.cpp.
-void TLR2_STDCALL glColor4ub(GLubyte red, GLubyte green, GLubyte blue, GLubyte alpha) noexcept {
-  ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdColor)) [[unlikely]]
-    return CommonColor4ub(red, green, blue, alpha);
-  CounterAdd(CallCounters[static_cast<int>(Entry::glColor4ub)], 1);
-  const std::uint32_t color = PackBytes(red, green, blue, alpha);
-  effect::Color(DriverStateInstance(), color);
-  new (bytes.TakeSpare(sizeof(CmdColor))) CmdColor{.color = color};
 }
 
 void TLR2_STDCALL glColor4ubv(const GLubyte* v) noexcept {

@@ -1,6 +1,6 @@
-// Immediate geometry: begin and end, vertices, texture coordinates. The hottest entries of the driver: those that games
-// call per vertex check once whether the call is a plain one with room for all it appends, and then run without a
-// single call, so that they need no frame of their own; anything else goes the common way.
+// Immediate geometry: begin and end, vertices, texture coordinates. Of the calls that games make per vertex, only what
+// is not plain comes here; see plain_calls.cpp.
+#include "api/entries/common_calls.h"
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
 #include "api/state/effects.h"
@@ -46,19 +46,8 @@ void TLR2_STDCALL glEnd() noexcept {
   effect::EndPrimitive(DriverStateInstance());
 }
 
-[[gnu::noinline]] static void TLR2_STDCALL CommonVertex3f(GLfloat x, GLfloat y, GLfloat z) noexcept {
+void TLR2_STDCALL CommonVertex3f(GLfloat x, GLfloat y, GLfloat z) noexcept {
   Vertex3(enter::glVertex3f(x, y, z), x, y, z);
-}
-
-void TLR2_STDCALL glVertex3f(GLfloat x, GLfloat y, GLfloat z) noexcept {
-  ByteVector& bytes = CommandStreamInstance().bytes;
-  DriverState& state = DriverStateInstance();
-  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdVertex3f) || state.vertices.spare() == 0)
-      [[unlikely]]
-    return CommonVertex3f(x, y, z);
-  CounterAdd(CallCounters[static_cast<int>(Entry::glVertex3f)], 1);
-  new (bytes.TakeSpare(sizeof(CmdVertex3f))) CmdVertex3f{.x = x, .y = y, .z = z};
-  new (state.vertices.TakeSpare(1)) PacketVertex{x, y, z, state.currentColor, state.currentS, state.currentT};
 }
 
 // The one pointer entry whose trace prints the values.
@@ -75,20 +64,7 @@ void TLR2_STDCALL glVertex3fv(const GLfloat* v) noexcept {
   Vertex3(guard, v[0], v[1], v[2]);
 }
 
-[[gnu::noinline]] static void TLR2_STDCALL CommonVertex2f(GLfloat x, GLfloat y) noexcept {
-  Vertex2(enter::glVertex2f(x, y), x, y);
-}
-
-void TLR2_STDCALL glVertex2f(GLfloat x, GLfloat y) noexcept {
-  ByteVector& bytes = CommandStreamInstance().bytes;
-  DriverState& state = DriverStateInstance();
-  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdVertex2f) || state.vertices.spare() == 0)
-      [[unlikely]]
-    return CommonVertex2f(x, y);
-  CounterAdd(CallCounters[static_cast<int>(Entry::glVertex2f)], 1);
-  new (bytes.TakeSpare(sizeof(CmdVertex2f))) CmdVertex2f{.x = x, .y = y};
-  new (state.vertices.TakeSpare(1)) PacketVertex{x, y, 0.0f, state.currentColor, state.currentS, state.currentT};
-}
+void TLR2_STDCALL CommonVertex2f(GLfloat x, GLfloat y) noexcept { Vertex2(enter::glVertex2f(x, y), x, y); }
 
 void TLR2_STDCALL glVertex2fv(const GLfloat* v) noexcept {
   const ThreadGuard& guard = enter::glVertex2fv(v);
@@ -96,18 +72,7 @@ void TLR2_STDCALL glVertex2fv(const GLfloat* v) noexcept {
   Vertex2(guard, v[0], v[1]);
 }
 
-[[gnu::noinline]] static void TLR2_STDCALL CommonTexCoord2f(GLfloat s, GLfloat t) noexcept {
-  TexCoord2(enter::glTexCoord2f(s, t), s, t);
-}
-
-void TLR2_STDCALL glTexCoord2f(GLfloat s, GLfloat t) noexcept {
-  ByteVector& bytes = CommandStreamInstance().bytes;
-  if (!Plain(detail::ThreadGuardAtHand()) || bytes.spare() < sizeof(CmdTexCoord2f)) [[unlikely]]
-    return CommonTexCoord2f(s, t);
-  CounterAdd(CallCounters[static_cast<int>(Entry::glTexCoord2f)], 1);
-  new (bytes.TakeSpare(sizeof(CmdTexCoord2f))) CmdTexCoord2f{.s = s, .t = t};
-  effect::TexCoord(DriverStateInstance(), s, t);
-}
+void TLR2_STDCALL CommonTexCoord2f(GLfloat s, GLfloat t) noexcept { TexCoord2(enter::glTexCoord2f(s, t), s, t); }
 
 void TLR2_STDCALL glTexCoord2fv(const GLfloat* v) noexcept {
   const ThreadGuard& guard = enter::glTexCoord2fv(v);
