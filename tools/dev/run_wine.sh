@@ -47,8 +47,10 @@ word_size() {
 
 xvfb=''
 running=''
+held=''
 cleanup() {
   trap - EXIT INT TERM
+  [ -z "$held" ] || rm -rf "$held"
   [ -z "$running" ] || kill "$running" 2>/dev/null || true
   if [ -n "$xvfb" ]; then
     for bits in 32 64; do
@@ -97,9 +99,21 @@ fi
 
 if [ "$session" -eq 1 ]; then
   code=0
-  TLR2_RIG_SESSION=1 "$@" 9>&- || code=$?
+  # Where what keeps Wine up stands; on a display of the user's own nothing does, for nothing here would end it.
+  [ -z "$xvfb" ] || held=$(mktemp -d)
+  TLR2_RIG_SESSION=${held:-none} "$@" 9>&- || code=$?
   exit "$code"
 fi
+
+# A program that finds no Wine running starts its server and services, which hold the program's output open: whoever
+# reads it to its end waits until they go, seconds later, and the next program starts them again. So a session keeps one
+# program waiting, for a line that never comes.
+keep_wine_up() {
+  mkdir "$TLR2_RIG_SESSION/$bits" 2>/dev/null || return 0
+  mkfifo "$TLR2_RIG_SESSION/$bits/line"
+  (cd / && exec setsid wine cmd <>"$TLR2_RIG_SESSION/$bits/line" >/dev/null 2>&1 9>&-) &
+  wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-  # back once all of it is up
+}
 
 [ -f "$1" ] || { say "no program $1"; exit 2; }
 bits=$(word_size "$1")
@@ -111,6 +125,7 @@ override=opengl32=b
 [ "$builtin" -eq 1 ] || [ ! -f "$(dirname "$1")/opengl32.dll" ] || override=opengl32=n
 export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:+$WINEDLLOVERRIDES;}$override
 
+[ ! -d "${TLR2_RIG_SESSION:-}" ] || WINEDLLOVERRIDES=opengl32=b keep_wine_up
 timeout --kill-after=10 "$limit" wine "$@" 9>&- &
 running=$!
 if [ -n "$screenshot" ]; then
