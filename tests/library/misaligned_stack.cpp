@@ -97,16 +97,22 @@ int main(int count, char** arguments) {
     return 2;
   }
   bool right = true;
+  HGLRC context = nullptr;
   for (skew = 0; skew < 64; skew += 4) {
-    const auto context = reinterpret_cast<HGLRC>(Call("wglCreateContext", static_cast<const void*>(device)));
-    if (context == nullptr) {
-      std::fprintf(stderr, "no context\n");
-      return 2;
+    // A context makes a device, which takes its time: one for each skew against the 16 bytes that presentation stores
+    // in.
+    if (skew < 16) {
+      if (context != nullptr) Call("wglDeleteContext", static_cast<const void*>(context));
+      context = reinterpret_cast<HGLRC>(Call("wglCreateContext", static_cast<const void*>(device)));
+      if (context == nullptr) {
+        std::fprintf(stderr, "no context\n");
+        return 2;
+      }
     }
     Call("wglMakeCurrent", static_cast<const void*>(device), static_cast<const void*>(context));
     right = DrawsRight(device) && right;
-    Call("wglDeleteContext", static_cast<const void*>(context));
   }
+  Call("wglDeleteContext", static_cast<const void*>(context));
   if (right) std::puts("all skews right");
   return right ? 0 : 1;
 }
