@@ -51,6 +51,9 @@ struct CaptureBlob {
 };
 static_assert(sizeof(CaptureBlob) == 24);
 
+/// The most bytes of each part of a frame record that are read. The writer does not look at it.
+inline constexpr std::uint64_t kFramePartByteLimit = 0x4000000;
+
 struct CaptureFrameHead {
   std::uint64_t streamBytes, blobBytes, referenceBytes;
 };

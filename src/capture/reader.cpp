@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::uint32_t kTableLimit = 0x100000;
 constexpr std::uint64_t kBlobByteLimit = 0x20000000;
-constexpr std::uint64_t kFramePartByteLimit = 0x4000000;
 
 std::atomic<const char*> lastError{nullptr};
 

@@ -131,6 +131,11 @@ def with_state(offset, form, value) -> bytearray:
     return state
 
 
+def with_records_at(image, offset) -> bytes:
+    """The capture with another place of its frame records in the header."""
+    return image[:72] + struct.pack("<Q", offset) + image[80:]
+
+
 def main() -> int:
     folder = pathlib.Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
@@ -149,6 +154,11 @@ def main() -> int:
         "spoiled": small(spoil=True),
         "wrong_reference": small(frames=[(s, b, bytes(WIDTH * HEIGHT * 4)) for s, b, _ in small_frames()]),
         "overlapping": capture(small_frames(), blobs=[bytes(4)] * 64 + [bytes(40000)], overlap=True),
+        "records_behind": with_records_at(whole, 1 << 40),
+        "records_behind_open": with_records_at(small(count=OPEN), len(whole) + 1),
+        "records_at_start": with_records_at(small(count=0), 40),
+        "no_frames_matrix_depth": small(frames=[], count=1, state=with_state(8, "i", 32)),
+        "large_surface": capture([(clear() + SWAP, b"", b"")], size=(4097, 4096)),
         "matrix_depth": small(state=with_state(8, "i", 32)),
         "wide_viewport": small(frames=[(viewport(100000, 10) + SWAP, b"", b"")]),
         "unknown_record": small(frames=[(clear() + record(77) + SWAP, b"", b"")]),

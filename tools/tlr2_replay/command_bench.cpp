@@ -226,6 +226,8 @@ int RunBench(const Words& words) {
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 
+  if (!(threshold >= 0)) FailUsage("--threshold takes a percentage, 0 or more");
+
   std::vector<SessionOptions> configurations;
   const std::vector<std::string> counts = SplitList(threads);
   std::vector<std::string> names = SplitList(targets);

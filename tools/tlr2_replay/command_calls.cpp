@@ -1,4 +1,5 @@
 // calls: the frames' streams as GL calls.
+#include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -83,6 +84,31 @@ void PrintFrame(const CaptureContents& contents, std::uint32_t frame, const Call
   }
 }
 
+void RequirePlaces(const std::vector<FrameSpan>& spans, std::uint32_t most, const char* what) {
+  for (const FrameSpan& span : spans) {
+    if (span.first < most) continue;
+    FailUsage(Format("no %s %u: these frames have at most %u, counted from 0", what, static_cast<unsigned>(span.first),
+                     static_cast<unsigned>(most)));
+  }
+}
+
+/// That each span of --records and of --primitives begins inside at least one of the frames.
+void CheckPlaces(const CaptureContents& contents, const std::vector<std::uint32_t>& frames, const CallFilter& filter) {
+  if (filter.records.empty() && filter.primitives.empty()) return;
+  std::uint32_t records = 0, primitives = 0;  // the most of a frame
+  for (const std::uint32_t frame : frames) {
+    PrimitiveCounter counter;
+    for (RecordWalk walk(contents.streams[frame]); walk.Next();) {
+      if (walk.index() % kRecordsBetweenLooks == 0) StopIfInterrupted();
+      records = std::max(records, walk.index() + 1);
+      const std::uint32_t primitive = counter.Of(walk);
+      if (primitive != PrimitiveCounter::kNone) primitives = std::max(primitives, primitive + 1);
+    }
+  }
+  RequirePlaces(filter.records, records, "record");
+  RequirePlaces(filter.primitives, primitives, "primitive");
+}
+
 }  // namespace
 
 int RunCalls(const Words& words) {
@@ -107,10 +133,10 @@ int RunCalls(const Words& words) {
     }
   }
   const CaptureContents contents = LoadCapture(file);
+  const auto selected = SelectFrames(frames, static_cast<std::uint32_t>(contents.streams.size()));
+  CheckPlaces(contents, selected, filter);
   CallPrinter printer(line.json);
-  for (const std::uint32_t frame : SelectFrames(frames, static_cast<std::uint32_t>(contents.streams.size()))) {
-    PrintFrame(contents, frame, filter, printer);
-  }
+  for (const std::uint32_t frame : selected) PrintFrame(contents, frame, filter, printer);
   printer.End();
   return kDone;
 }

@@ -2,6 +2,7 @@
 // memory.
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "api/table/commands.h"
@@ -150,6 +151,9 @@ int RunInfo(const Words& words) {
   };
   std::size_t frameCount = 0;
   const bool whole = ReadCaptureFrames(report.file.c_str(), report.contents, &report.damage, examine, frameCount);
+  if (!whole && std::strcmp(report.damage, "cannot open file") == 0) {
+    throw CommandFailure{kRefused, report.file + ": " + report.damage};  // there is nothing to tell of it
+  }
   if (whole && frameCount == 0) report.fault = check.Keyframe(report.contents);
   (line.json ? PrintJson : PrintText)(report);
   if (report.damage == nullptr) return kDone;

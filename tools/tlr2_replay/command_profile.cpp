@@ -18,17 +18,20 @@ int RunProfile(const Words& words) {
   std::uint32_t repeats = 1;
   SessionArguments arguments;
   line.AddFile(file);
-  line.app
-      .add_option("--format", format,
-                  "text: the report of the call summary; chrome: JSON for trace viewers; folded: stacks for flame "
-                  "graphs, in nanoseconds")
-      ->check(CLI::IsMember({"text", "chrome", "folded"}))
-      ->capture_default_str();
+  auto* const form =
+      line.app
+          .add_option("--format", format,
+                      "text: the report of the call summary; chrome: JSON for trace viewers; folded: stacks for flame "
+                      "graphs, in nanoseconds")
+          ->check(CLI::IsMember({"text", "chrome", "folded"}))
+          ->capture_default_str();
+  line.app.add_flag("--json", line.json, "The same as --format chrome")->excludes(form);
   line.app.add_option("--repeats", repeats, "How often to draw the frames")
       ->check(CLI::Range(1, 100000))
       ->capture_default_str();
   arguments.AddTo(line.app);
   if (const auto code = line.Parse(words)) return *code;
+  if (line.json) format = "chrome";
 #if TLR2_PROFILING
   const SessionOptions options = arguments.Options();
   CaptureContents capture = LoadCapture(file);

@@ -39,8 +39,16 @@ struct Recovery {
   std::string reason;    // why the frames end where they do; empty when nothing was wrong
 };
 
-Recovery Survey(const std::string& path, const CaptureHeader& header) {
+/// Behind the header, the keyframe and the tables, wherever they lie in the file.
+std::uint64_t TablesEnd(const CaptureHeader& header) noexcept {
+  return std::max({std::uint64_t{sizeof header}, header.keyframeOffset + sizeof(StateSnapshot),
+                   header.textureTableOffset + std::uint64_t{header.textureCount} * sizeof(CaptureTexture),
+                   header.blobTableOffset + std::uint64_t{header.blobCount} * sizeof(CaptureBlob)});
+}
+
+Recovery Survey(const std::string& path, const CaptureHeader& header, std::uint64_t fileBytes) {
   Recovery result;
+  result.fileBytes = fileBytes;
   result.keptBytes = header.frameRecordsOffset;
   CaptureContents contents;
   CaptureCheck check;
@@ -69,7 +77,17 @@ Recovery Survey(const std::string& path, const CaptureHeader& header) {
   if (!ReadCaptureFrames(path.c_str(), contents, &error, look, count)) {
     if (!IsFrameFault(error)) throw CommandFailure{kRefused, path + ": " + error};
     if (!result.stopped) result.reason = error;
-  } else if (count == 0) {
+  }
+  // The reader takes an open file whose records would begin behind its end for one that has none yet. There is no
+  // such file of so many bytes to be made, so it is refused as a closed one is.
+  if (header.frameRecordsOffset > fileBytes) {
+    throw CommandFailure{kRefused, path + ": short read on frame header"};
+  }
+  // What is kept is the file's start, up to the last good frame: the rest must be in it.
+  if (header.frameRecordsOffset < TablesEnd(header)) {
+    throw CommandFailure{kRefused, path + ": the frame records begin before the tables end"};
+  }
+  if (count == 0) {
     if (const std::string fault = check.Keyframe(contents); !fault.empty()) {
       throw CommandFailure{kRefused, path + ": " + fault};
     }
@@ -125,8 +143,7 @@ int RunRecover(const Words& words) {
   std::uint64_t fileBytes = 0;
   const std::optional<CaptureHeader> header = PeekHeader(from, fileBytes);
   // Without a header there are no frames either: the reader then says what is wrong.
-  Recovery recovery = Survey(from, header.value_or(CaptureHeader{}));
-  recovery.fileBytes = fileBytes;
+  Recovery recovery = Survey(from, header.value_or(CaptureHeader{}), fileBytes);
   const bool wasClosed = header->frameCount != kCaptureOpen;
   if (recovery.reason.empty() && !wasClosed && recovery.keptBytes < fileBytes) recovery.reason = "a frame cut short";
   if (recovery.reason.empty() && recovery.keptBytes < fileBytes) recovery.reason = "bytes behind the last frame";

@@ -36,7 +36,7 @@ std::uint32_t CountRecords(const ByteVector& stream) noexcept {
 
 Json StateAt(CaptureContents& contents, const Point& point) {
   if (point.frame >= contents.streams.size()) {
-    FailUsage(Format("no frame %u: the capture has %zu", static_cast<unsigned>(point.frame), contents.streams.size()));
+    FailNoFrame(point.frame, contents.streams.size());
   }
   const std::uint32_t records = CountRecords(contents.streams[point.frame]);
   if (point.record > records) {

@@ -105,6 +105,24 @@ void WriteLevel(const std::string& folder, std::uint32_t name, const TextureObje
             png.data(), png.size());
 }
 
+bool IsWanted(std::uint32_t value, const std::optional<std::uint32_t>& only) noexcept {
+  return !only || *only == value;
+}
+
+/// Before a folder is made: that --texture and --level leave something to write.
+void CheckExtraction(const std::vector<TextureObject>& table, const std::optional<std::uint32_t>& name,
+                     const std::optional<std::uint32_t>& level) {
+  if (name && (*name >= table.size() || table[*name].hasImage == 0)) {
+    FailUsage(Format("no texture %u with an image", static_cast<unsigned>(*name)));
+  }
+  if (!level) return;
+  for (std::uint32_t i = 0; i < table.size(); ++i) {
+    if (table[i].hasImage != 0 && IsWanted(i, name) && *level < table[i].levelCount) return;
+  }
+  FailUsage(Format("no level %u, counted from 0, in %s", static_cast<unsigned>(*level),
+                   name ? Format("texture %u", static_cast<unsigned>(*name)).c_str() : "any texture"));
+}
+
 }  // namespace
 
 int RunTextures(const Words& words) {
@@ -123,7 +141,7 @@ int RunTextures(const Words& words) {
   CaptureContents contents = LoadCapture(file);
   const auto frames = static_cast<std::uint32_t>(contents.streams.size());
   if (frame && *frame >= frames) {
-    FailUsage(Format("no frame %u: the capture has %u", static_cast<unsigned>(*frame), static_cast<unsigned>(frames)));
+    FailNoFrame(*frame, frames);
   }
   // Textures act with what they hold at their frame's end, so it is that state which is shown.
   const std::uint32_t end = frame ? *frame + 1 : frames;
@@ -139,11 +157,12 @@ int RunTextures(const Words& words) {
 
   const std::vector<TextureObject>& table = state.textureTable;
   if (!folder.empty()) {
+    CheckExtraction(table, name, level);
     MakeFolder(folder);
     for (std::uint32_t i = 0; i < table.size(); ++i) {
-      if (table[i].hasImage == 0 || (name && *name != i)) continue;
+      if (table[i].hasImage == 0 || !IsWanted(i, name)) continue;
       for (std::uint32_t l = 0; l < table[i].levelCount; ++l) {
-        if (!level || *level == l) WriteLevel(folder, i, table[i], l);
+        if (IsWanted(l, level)) WriteLevel(folder, i, table[i], l);
       }
     }
   }

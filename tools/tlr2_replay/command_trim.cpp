@@ -9,6 +9,7 @@
 #include "api/table/commands.h"
 #include "base/hash.h"
 #include "capture/file_sections.h"
+#include "capture/format.h"
 #include "capture/record_walk.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/known_pixels.h"
@@ -77,11 +78,18 @@ Boundary BoundaryNow(const std::vector<bool>& needed) {
   return boundary;
 }
 
-/// The surface grows with the viewports that were set before the first frame.
+std::uint64_t PixelBytes(std::int32_t width, std::int32_t height) noexcept {
+  return std::uint64_t{4} * static_cast<std::uint32_t>(width) * static_cast<std::uint32_t>(height);
+}
+
+/// The surface grows with the viewports that were set before the frame, as it does in a session: not in a frame whose
+/// reference pixels have the size that it had.
 void SurfaceSizeAt(const CaptureContents& capture, std::uint32_t frame, std::int32_t& width, std::int32_t& height) {
   width = static_cast<std::int32_t>(capture.width);
   height = static_cast<std::int32_t>(capture.height);
   for (std::uint32_t i = 0; i < frame; ++i) {
+    const std::uint64_t referenceBytes = capture.references[i].size();
+    if (referenceBytes != 0 && referenceBytes == PixelBytes(width, height)) continue;
     for (RecordWalk walk(capture.streams[i]); walk.Next() && !walk.Is(Cmd::SwapBuffers);) {
       if (!walk.Is(Cmd::Viewport)) continue;
       const auto record = walk.As<CmdViewport>();
@@ -90,6 +98,18 @@ void SurfaceSizeAt(const CaptureContents& capture, std::uint32_t frame, std::int
       height = std::max(height, record.height);
     }
   }
+}
+
+/// Before anything is drawn: pictures that the new file could hold and no reader would take.
+void CheckDrawnReferences(const CaptureContents& capture, std::uint32_t last) {
+  std::int32_t width = 0, height = 0;
+  SurfaceSizeAt(capture, last + 1, width, height);
+  if (PixelBytes(width, height) <= kFramePartByteLimit) return;
+  throw CommandFailure{kFailed,
+                       Format("--reference draw: a picture of %d by %d pixels is more than the %llu MiB that a frame "
+                              "may hold as reference pixels",
+                              static_cast<int>(width), static_cast<int>(height),
+                              static_cast<unsigned long long>(kFramePartByteLimit >> 20))};
 }
 
 enum class References { kKeep, kDrop, kDraw };
@@ -230,8 +250,9 @@ int RunTrim(const Words& words) {
 
   CaptureContents capture = LoadCapture(from);
   if (span.last >= capture.streams.size()) {
-    FailUsage(Format("no frame %u: the capture has %zu", static_cast<unsigned>(span.last), capture.streams.size()));
+    FailNoFrame(span.last, capture.streams.size());
   }
+  if (references == References::kDraw) CheckDrawnReferences(capture, span.last);
   // The keyframe and, for the check afterwards, the state at each boundary.
   std::vector<TextureObject> textures;
   std::vector<Boundary> boundaries;

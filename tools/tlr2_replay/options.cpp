@@ -33,6 +33,11 @@ std::optional<int> CommandLine::Parse(const Words& words) {
 
 void FailUsage(const std::string& message) { throw CommandFailure{kUsage, message}; }
 
+void FailNoFrame(std::uint32_t frame, std::size_t frameCount) {
+  FailUsage(Format("no frame %u: the capture has %zu %s, counted from 0", static_cast<unsigned>(frame), frameCount,
+                   frameCount == 1 ? "frame" : "frames"));
+}
+
 std::optional<std::uint32_t> ParseNumber(const std::string& text) noexcept {
   std::uint32_t value = 0;
   const char* end = text.data() + text.size();
@@ -50,7 +55,7 @@ std::vector<FrameSpan> ParseFrameSpans(const std::string& text) {
     const std::size_t minus = item.find('-');
     const auto first = ParseNumber(item.substr(0, minus));
     const auto last = minus == std::string::npos ? first : ParseNumber(item.substr(minus + 1));
-    if (!first || !last || *last < *first) FailUsage("'" + text + "' is no list of frames such as 0-9,20");
+    if (!first || !last || *last < *first) FailUsage("'" + text + "' is no list of numbers such as 0-9,20");
     spans.push_back({*first, *last});
     at = end + 1;
   }

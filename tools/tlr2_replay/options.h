@@ -2,6 +2,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -33,8 +34,11 @@ struct CommandLine {
 
 /// Ends the command with exit code 2.
 [[noreturn]] void FailUsage(const std::string& message);
+/// The same, for a frame that a capture of `frameCount` frames does not have.
+[[noreturn]] void FailNoFrame(std::uint32_t frame, std::size_t frameCount);
 
-/// "0-9,20": inclusive frame ranges, in the order given. Fails as wrong usage for anything else.
+/// "0-9,20": inclusive ranges of frames or of what else is counted, in the order given. Fails as wrong usage for
+/// anything else.
 struct FrameSpan {
   std::uint32_t first, last;
 };

@@ -117,9 +117,7 @@ std::vector<std::uint32_t> SelectFrames(const std::string& text, std::uint32_t c
     return frames;
   }
   for (const FrameSpan& span : ParseFrameSpans(text)) {
-    if (span.last >= count)
-      FailUsage("no frame " + std::to_string(span.last) + ": the capture has " + std::to_string(count) +
-                (count == 1 ? " frame" : " frames") + ", counted from 0");
+    if (span.last >= count) FailNoFrame(span.last, count);
     for (std::uint32_t i = span.first; i <= span.last; ++i) frames.push_back(i);
   }
   std::sort(frames.begin(), frames.end());

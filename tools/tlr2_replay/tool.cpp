@@ -46,12 +46,22 @@ int WrongUsage(const std::string& message) {
   return kUsage;
 }
 
+int Version() {
+  std::printf("tlr2_replay %s\ncapture format version %u\nlayout hash 0x%08X\n", TLR2_VERSION,
+              static_cast<unsigned>(kCaptureVersion), static_cast<unsigned>(kCaptureLayoutHash));
+  return kDone;
+}
+
+bool AsksForHelp(const std::string& word) { return word == "help" || word == "--help" || word == "-h"; }
+
 int Help(const Words& words) {
   if (words.empty()) {
     PrintUsage(stdout);
     return kDone;
   }
   if (words.size() > 1) return WrongUsage("help takes one command");
+  if (AsksForHelp(words[0])) return Help({});
+  if (words[0] == "--version") return Version();
   const CommandRow* row = FindCommand(words[0]);
   if (row == nullptr) return WrongUsage("no command '" + words[0] + "'");
   return row->run({"--help"});
@@ -64,12 +74,10 @@ int Dispatch(const Words& words) {
   }
   const std::string& name = words[0];
   const Words rest(words.begin() + 1, words.end());
-  if (name == "help" || name == "--help" || name == "-h") return Help(rest);
+  if (AsksForHelp(name)) return Help(rest);
   if (name == "--version") {
     if (!rest.empty()) return WrongUsage("--version takes no arguments");
-    std::printf("tlr2_replay %s\ncapture format version %u\nlayout hash 0x%08X\n", TLR2_VERSION,
-                static_cast<unsigned>(kCaptureVersion), static_cast<unsigned>(kCaptureLayoutHash));
-    return kDone;
+    return Version();
   }
   const CommandRow* row = FindCommand(name);
   if (row == nullptr) return WrongUsage("no command '" + name + "'");
