@@ -6,6 +6,7 @@
 
 #include "api/state/driver_state.h"
 #include "api/table/prototypes.h"
+#include "capture/record_walk.h"
 #include "captured_program.h"
 #include "courtyard.h"
 #include "scene.h"
@@ -275,6 +276,87 @@ TEST(Unjudged, AFrameThatClearsColorButTestsOldDepthsHasUnjudgedPixelsWhereItDra
     }
   });
   EXPECT_EQ(ExpectAsCaptured(capture, OptionsFor(0, 1), "old depths"), 160u * 240u);
+}
+
+TEST(Unjudged, AGrownSurfaceHoldsNothingThatIsKnown) {
+  CaptureContents capture = CaptureProgram(0, 0, 1, [](void* window) {
+    golden::Rectangle(-1, -1, 1, 1, 0);
+    wglSwapBuffers(window);
+    glViewport(0, 0, 400, 240);
+    golden::Rectangle(-1, -1, 0, 1, 0);
+    wglSwapBuffers(window);
+  });
+  EXPECT_EQ(ExpectAsCaptured(capture, OptionsFor(0, 1), "grown"), 200u * 240u);
+}
+
+/// Three frames that clear and draw. With `readsBack`, the second sets its colours ahead of a read-back of what it drew
+/// so far; without, it does nothing of this.
+Program ReadsBackInTheSecondFrame(bool readsBack, bool clearsBehind) {
+  return [=](void* window) {
+    golden::PixelCoordinates();
+    for (int frame = 0; frame < 3; ++frame) {
+      if (frame == 0) golden::ClearAll(0, 0, 1);
+      if (frame == 1 && readsBack) {
+        glClearColor(0, 1, 0, 1);
+        glColor3f(1, 0, 0);
+        golden::Rectangle(0, 0, 300, 200, 0);
+        std::uint32_t pixel = 0;
+        glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+      }
+      if (frame != 0 && clearsBehind) glClear(gl::kColorBufferBit | gl::kDepthBufferBit);
+      golden::Rectangle(50, 60, 150, 160, 0);
+      wglSwapBuffers(window);
+    }
+  };
+}
+
+TEST(Unjudged, WhatAReadBackDrewInTheFirstFrameIsToldApart) {
+  for (const bool clearsBehind : {true, false}) {
+    CaptureContents capture = CaptureProgram(0, 1, 1, ReadsBackInTheSecondFrame(true, clearsBehind));
+    // The keyframe is the state behind the read-back. What it drew is not in the file.
+    EXPECT_EQ(ExpectAsCaptured(capture, OptionsFor(0, 1), "first frame"),
+              clearsBehind ? 0u : 320u * 240u - 100u * 100u);
+  }
+}
+
+TEST(Unjudged, AReadBackInALaterFrameLeavesNoTraceInTheFile) {
+  for (const bool clearsBehind : {true, false}) {
+    CaptureContents with = CaptureProgram(0, 0, 2, ReadsBackInTheSecondFrame(true, clearsBehind));
+    const CaptureContents without = CaptureProgram(0, 0, 2, ReadsBackInTheSecondFrame(false, clearsBehind));
+    const auto same = [](const ByteVector& a, const ByteVector& b) {
+      return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0);
+    };
+    EXPECT_EQ(0, std::memcmp(&with.snapshot, &without.snapshot, sizeof with.snapshot));
+    ASSERT_EQ(with.streams.size(), 3u);
+    for (std::size_t frame = 0; frame < 3; ++frame) {
+      EXPECT_TRUE(same(with.streams[frame], without.streams[frame])) << frame;
+      EXPECT_TRUE(same(with.blobs[frame], without.blobs[frame])) << frame;
+      EXPECT_EQ(same(with.references[frame], without.references[frame]), frame == 0) << frame;
+    }
+    // So no reader can tell: the replay is the program without the read-back, and the pixels count as differing.
+    Session session(with, OptionsFor(0, 1));
+    session.StepTo(1);
+    const Comparison comparison = Compare(session.Picture(), session.Reference(), 0, &session.Known()->Color());
+    EXPECT_GT(comparison.differing, 0u);
+    EXPECT_EQ(comparison.unjudged, 0u);
+  }
+}
+
+TEST(Unjudged, StateThatAReadBackOfNothingDrainedIsLostInTheProgramAsInTheFile) {
+  CaptureContents capture = CaptureProgram(0, 0, 2, [](void* window) {
+    golden::PixelCoordinates();
+    for (int frame = 0; frame < 3; ++frame) {
+      if (frame == 1) {
+        glColor3f(0, 1, 0);
+        std::uint32_t pixel = 0;
+        glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+      }
+      golden::Rectangle(50, 60, 150, 160, 0);
+      wglSwapBuffers(window);
+    }
+  });
+  ExpectAsCaptured(capture, OptionsFor(0, 1), "state lost");
+  for (RecordWalk walk(capture.streams[1]); walk.Next();) EXPECT_FALSE(walk.Is(Cmd::Color));
 }
 
 // -- The picture after each primitive -------------------------------------------------------------------------------

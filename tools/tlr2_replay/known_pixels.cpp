@@ -48,7 +48,7 @@ bool AllKnown(const std::vector<std::uint8_t>& pixels) {
 
 }  // namespace
 
-KnownPixels::KnownPixels(std::int32_t width, std::int32_t height) : width_(width), height_(height) {
+KnownPixels::KnownPixels(std::int32_t width, std::int32_t height) : width_(width) {
   const std::size_t pixels =
       static_cast<std::size_t>(std::max(width, 0)) * static_cast<std::size_t>(std::max(height, 0));
   for (std::vector<std::uint8_t>& color : color_) color.assign(pixels, 0);
@@ -59,7 +59,6 @@ void KnownPixels::SurfaceMade(std::int32_t width, std::int32_t height) {
   const bool bounds = bounds_;
   *this = KnownPixels(width, height);
   bounds_ = bounds;
-  for (std::vector<std::uint8_t>& color : color_) std::fill(color.begin(), color.end(), std::uint8_t{1});
 }
 
 void KnownPixels::GridMade() { bounds_ = true; }

@@ -16,7 +16,7 @@ class KnownPixels {
   /// Nothing is known of what the buffers hold.
   KnownPixels(std::int32_t width, std::int32_t height);
 
-  /// The surface was made anew: its colour buffers are zero, its depths are not known.
+  /// The surface was made anew: what a device gives is black as a rule, which no file promises.
   void SurfaceMade(std::int32_t width, std::int32_t height);
   /// The tile grid was made anew, with fresh bounds.
   void GridMade();
@@ -34,7 +34,7 @@ class KnownPixels {
   std::uint64_t UnknownCount() const noexcept;
 
  private:
-  std::int32_t width_ = 0, height_ = 0;
+  std::int32_t width_ = 0;
   std::vector<std::uint8_t> color_[2], depth_;
   bool bounds_ = false;  // of all tiles alike: one clear or one new grid sets them all
   int buffer_ = 0;

@@ -150,7 +150,6 @@ void Session::Rewind() {
   FreshDriverState();
   width_ = height_ = 0;
   Resize(static_cast<std::int32_t>(capture_.width), static_cast<std::int32_t>(capture_.height));
-  if (options_.leftovers != 0) LeaveNoise();
   if (options_.keepKnown) known_ = std::make_unique<KnownPixels>(width_, height_);
 }
 
@@ -169,6 +168,7 @@ void Session::Resize(std::int32_t width, std::int32_t height) {
   for (std::vector<std::uint32_t>& buffer : color_) buffer.assign(pitch_ * rows, 0);
   shown_ = 0;
   depth_.assign(static_cast<std::size_t>(std::max(width, 0)) * rows, kFarDepth);
+  if (options_.leftovers != 0) LeaveNoise();
 }
 
 /// A viewport larger than the surface had it made anew at the call, before its frame was drawn. A call without a
