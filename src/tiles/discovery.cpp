@@ -2,6 +2,7 @@
 #include "tiles/discovery.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "base/float4.h"
 
@@ -68,34 +69,33 @@ void ComputeBoxes(const DiscoveryGrid& grid, const TriangleRecord* triangles, st
   }
 }
 
+/// Edge i from vertex i to the next: a = -(y' - y), b = x' - x, c = -(y b + a x).
 EdgeSet ComputeEdges(const TriangleRecord& t) {
-  const float x0 = t.x[0], x1 = t.x[1], x2 = t.x[2];
-  const float y0 = t.y[0], y1 = t.y[1], y2 = t.y[2];
-  const float a0 = -(y1 - y0), b0 = x1 - x0;
-  const float c0 = -(y0 * b0 + a0 * x0);
-  const float a1 = -(y2 - y1), b1 = x2 - x1;
-  const float c1 = -(y1 * b1 + a1 * x1);
-  const float a2 = -(y0 - y2), b2 = x0 - x2;
-  const float c2 = -(y2 * b2 + x2 * a2);
-  const float area = x2 * a0 + y2 * b0 + c0;
-  EdgeSet edges = {};
-  if (area < -kAreaEpsilon) {
-    edges.a = -Float4{a0, a1, a2, 0.0f};
-    edges.b = -Float4{b0, b1, b2, 0.0f};
-    edges.c = -Float4{c0, c1, c2, 0.0f};
-  } else if (area > kAreaEpsilon) {
-    edges.a = Float4{a0, a1, a2, 0.0f};
-    edges.b = Float4{b0, b1, b2, 0.0f};
-    edges.c = Float4{c0, c1, c2, 0.0f};
-  }
+  const Float4 x = Load4(t.x), y = Load4(t.y);  // the fourth lanes hold what stands behind
+  const Float4 a = -(__builtin_shufflevector(y, y, 1, 2, 0, 3) - y);
+  const Float4 b = __builtin_shufflevector(x, x, 1, 2, 0, 3) - x;
+  const Float4 c = -(y * b + a * x);
+  const float area = x[2] * a[0] + y[2] * b[0] + c[0];
+  // Without a branch: which way round a triangle goes cannot be guessed.
+  const Float4 areas = Splat4(area);
+  const Int4 usable = (areas < Splat4(-kAreaEpsilon)) | (areas > Splat4(kAreaEpsilon));
+  const Int4 kept = usable & Int4{-1, -1, -1, 0};
+  const Int4 flipped = (areas < Splat4(-kAreaEpsilon)) & Splat4(std::numeric_limits<std::int32_t>::min());
+  const auto oriented = [=](Float4 edge) { return (Float4)(((Int4)edge ^ flipped) & kept); };
+  EdgeSet edges;
+  edges.a = oriented(a);
+  edges.b = oriented(b);
+  edges.c = oriented(c);
   edges.aNegative = edges.a < Splat4(0.0f);
   edges.bNegative = edges.b < Splat4(0.0f);
   return edges;
 }
 
 /// Appends `triangle` to the lists of those micro tiles of one macro tile that its box covers and no edge rejects.
-void BinIntoMacroTile(const DiscoveryGrid& grid, std::int32_t macroX, std::int32_t macroY, const Box& box,
-                      const EdgeSet& edges, std::uint32_t triangle, BlockCounts& counts) {
+/// Inline, so that the edges stay in registers where a box meets one macro tile, as most do.
+[[gnu::always_inline]] inline void BinIntoMacroTile(const DiscoveryGrid& grid, std::int32_t macroX, std::int32_t macroY,
+                                                    const Box& box, const EdgeSet& edges, std::uint32_t triangle,
+                                                    BlockCounts& counts) {
   const std::int32_t mx0 = macroX * 4, my0 = macroY * 4;
   const std::int32_t x0 = std::max(box.minX >> 3, mx0);
   const std::int32_t x1 = std::min((box.maxX + 7) >> 3, std::min(mx0 + 4, grid.microCols));
@@ -118,11 +118,14 @@ void BinIntoMacroTile(const DiscoveryGrid& grid, std::int32_t macroX, std::int32
     TileEntryList* list = grid.lists + (y * grid.microCols + x0);
     for (std::int32_t x = 0; x < x1 - x0; ++x, ++list) {
       const Float4 value = columnTerms[x] + rowTerm + edges.c;
-      if (AnyLane(value < Splat4(0.0f))) {
-        ++counts.microsEdgeRejected;
-      } else {
-        list->push_back(triangle);
+      const bool rejected = AnyLane(value < Splat4(0.0f));
+      counts.microsEdgeRejected += rejected ? 1 : 0;
+      if (list->spare() == 0) [[unlikely]] {
+        if (!rejected) list->push_back(triangle);
+        continue;
       }
+      // Written in any case and taken where it counts: a branch on it would be guessed wrong all the time.
+      *list->TakeSpare(rejected ? 0 : 1) = triangle;
     }
   }
 }
