@@ -3,7 +3,8 @@
 #include "capture/file_sections.h"
 
 #include <cstddef>
-#include <cstring>
+
+#include "capture/texture_fields.h"
 
 namespace tlr2 {
 namespace {
@@ -17,20 +18,7 @@ std::uint64_t Position(std::FILE* file) noexcept { return static_cast<std::uint6
 CaptureTexture TextureEntry(std::uint32_t slot, const TextureObject& object, std::uint32_t blobIndex) noexcept {
   CaptureTexture entry = {};
   entry.slot = slot;
-  entry.width = static_cast<std::uint32_t>(object.width);
-  entry.height = static_cast<std::uint32_t>(object.height);
-  entry.wrapS = object.wrapS;
-  entry.wrapT = object.wrapT;
-  entry.magFilter = object.magFilter;
-  entry.minFilter = object.minFilter;
-  entry.inUse = object.inUse != 0 ? 1 : 0;
-  entry.hasImage = object.hasImage != 0 ? 1 : 0;
-  entry.levelCount = object.levelCount;
-  std::memcpy(entry.levelWidth, object.levelWidth, sizeof entry.levelWidth);
-  std::memcpy(entry.levelHeight, object.levelHeight, sizeof entry.levelHeight);
-  std::memcpy(entry.levelPitch, object.levelPitch, sizeof entry.levelPitch);
-  std::memcpy(entry.levelTexelBytes, object.levelTexelBytes, sizeof entry.levelTexelBytes);
-  std::memcpy(entry.levelOffset, object.levelOffset, sizeof entry.levelOffset);
+  CopyTextureFields(object, entry);
   entry.blobIndex = blobIndex;
   return entry;
 }

@@ -10,6 +10,7 @@
 
 #include "capture/crc32.h"
 #include "capture/format.h"
+#include "capture/texture_fields.h"
 
 namespace tlr2 {
 namespace {
@@ -87,20 +88,7 @@ const char* StoreTextures(const std::vector<CaptureTexture>& entries, const std:
       object.pixels = payloads[entry.blobIndex];
       out.textureBytes += table[entry.blobIndex].size;
     }
-    object.width = static_cast<std::int32_t>(entry.width);
-    object.height = static_cast<std::int32_t>(entry.height);
-    object.wrapS = entry.wrapS;
-    object.wrapT = entry.wrapT;
-    object.magFilter = entry.magFilter;
-    object.minFilter = entry.minFilter;
-    object.inUse = entry.inUse != 0 ? 1 : 0;
-    object.hasImage = entry.hasImage != 0 ? 1 : 0;
-    object.levelCount = entry.levelCount;
-    std::memcpy(object.levelWidth, entry.levelWidth, sizeof entry.levelWidth);
-    std::memcpy(object.levelHeight, entry.levelHeight, sizeof entry.levelHeight);
-    std::memcpy(object.levelPitch, entry.levelPitch, sizeof entry.levelPitch);
-    std::memcpy(object.levelTexelBytes, entry.levelTexelBytes, sizeof entry.levelTexelBytes);
-    std::memcpy(object.levelOffset, entry.levelOffset, sizeof entry.levelOffset);
+    CopyTextureFields(entry, object);
   }
   return nullptr;
 }
