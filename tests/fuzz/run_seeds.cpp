@@ -1,5 +1,6 @@
 // A fuzz target without a fuzzer: runs every file of the folders given, each also cut short in a few places and, with
-// --mutations N, changed N times by chance that is the same every time.
+// --mutations N, changed N times by chance that is the same every time. What a fuzzer found, in folders named "found",
+// stands for itself: it is run as it is and cut short, not changed.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -68,7 +69,8 @@ int main(int argc, char** argv) {
       for (std::size_t part = 0; part <= 8; ++part, ++inputs) {
         LLVMFuzzerTestOneInput(bytes.data(), bytes.size() * part / 8);
       }
-      for (long n = 0; n < mutations; ++n, ++inputs) {
+      const bool found = path.parent_path().filename() == "found";
+      for (long n = 0; n < mutations && !found; ++n, ++inputs) {
         Bytes changed = bytes;
         Mutate(changed, chance);
         LLVMFuzzerTestOneInput(changed.data(), changed.size());
