@@ -130,7 +130,7 @@ LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, cons
                       surface.texture != nullptr && surface.triangle->filterMode == 1;
   const Sharing sharing = packed ? ShadePacked(surface, weights, fragments, slots)
                                  : ShadeShared(surface, weights, fragments, shareAll, ahead, slots);
-  ahead = sharing == Sharing::kOne ? 1 : sharing <= Sharing::kMiddle ? 2 : 4;
+  ahead = sharing == Sharing::kOne ? 1 : sharing <= Sharing::kMiddle ? 2 : sharing == Sharing::kAveraged ? 3 : 4;
   switch (sharing) {
     case Sharing::kOne: {
       const Ints words = OwnWords<kOpaque>(*surface.triangle, slots[0]);
