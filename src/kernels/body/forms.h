@@ -205,7 +205,8 @@ LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries,
     SetUpSurface(args, t, surface);
     if (fragments.writesDepth || t.alphaTest != 0 || Blends(t.blendMode)) {
       Draw<false>(args, surface, fragments, weights, ahead, tile);
-    } else {
+    } else if (surface.texture != nullptr || ahead != 2 ||
+               !DrawGradient(args.kernelMode, surface, weights, fragments, tile)) {
       Draw<true>(args, surface, fragments, weights, ahead, tile);
     }
   }

@@ -23,6 +23,7 @@
 #include "kernels/body/blend.h"
 #include "kernels/body/store.h"
 #include "kernels/body/sharing.h"
+#include "kernels/body/gradient.h"
 #include "kernels/body/packed.h"
 #include "kernels/body/forms.h"
 // clang-format on

@@ -26,13 +26,16 @@ LANE_FN float SpreadOf(FloatsPart x) { return Greatest(x) + Greatest(Sub(Splat(0
 /// Whether the greatest squared distance of a lane's luminance from the mean is less than `square`, which is that of
 /// `root`; dead lanes take part, NaN is never less. Differences and squares round monotonically, so the extremes are
 /// the most distant lanes; and often their spread answers before the mean is known. A NaN reaches the mean.
-LANE_FN bool StatisticBelow(const Color& c, float root, float square) {
-  const Floats luminance = Luminance(c);
+LANE_FN bool StatisticBelow(const Floats& luminance, float root, float square) {
   const Extremes extremes = ExtremesOf(luminance);
   if (SpreadsBeyond(extremes.greatest + extremes.leastNegated, root)) return false;
   const float mean = Sum(luminance) * (1.0f / kLanes);
   const float above = extremes.greatest - mean, below = extremes.leastNegated + mean;
   return square > above * above && square > below * below;
+}
+
+LANE_FN bool StatisticBelow(const Color& c, float root, float square) {
+  return StatisticBelow(Luminance(c), root, square);
 }
 
 LANE_FN Color Average(const Color& x, const Color& y) {
