@@ -118,6 +118,17 @@ LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, co
   }
 }
 
+/// Opaque triangles that most likely share as the last one did. Returns false where they do not, with nothing drawn.
+[[gnu::noinline]] bool DrawAsExpected(std::int32_t kernelMode, const Surface& surface,
+                                      const Barycentrics (&weights)[kPlanes], const Fragments& fragments, int ahead,
+                                      Tile& tile) {
+  if (surface.texture == nullptr) {
+    return ahead == 2 && DrawGradient(kernelMode, surface, weights, fragments, tile);
+  }
+  return ahead == 4 && surface.constantColor && surface.triangle->filterMode == 0 &&
+         surface.triangle->texEnvMode == 0 && kernelMode == 1 && DrawOwn(surface, weights, fragments, tile);
+}
+
 template <bool kOpaque>
 LANE_FN void DrawShared(const Surface& surface, const Fragments& fragments, const Barycentrics (&weights)[kPlanes],
                         bool shareAll, int& ahead, Tile& tile) {
@@ -205,8 +216,7 @@ LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries,
     SetUpSurface(args, t, surface);
     if (fragments.writesDepth || t.alphaTest != 0 || Blends(t.blendMode)) {
       Draw<false>(args, surface, fragments, weights, ahead, tile);
-    } else if (surface.texture != nullptr || ahead != 2 ||
-               !DrawGradient(args.kernelMode, surface, weights, fragments, tile)) {
+    } else if (!DrawAsExpected(args.kernelMode, surface, weights, fragments, ahead, tile)) {
       Draw<true>(args, surface, fragments, weights, ahead, tile);
     }
   }
