@@ -1,4 +1,5 @@
-# Reads a kernel object's symbols: cmake -DNM=nm -DOBJECT=file -DKERNEL=name -P check_symbols.cmake
+# Reads the symbols of an object for wider processors: cmake -DNM=nm -DOBJECT=file -DKERNEL=name -P check_symbols.cmake
+# where `name` is a pattern for the only function that it exports.
 #
 # An inline function or a template compiled with wide instructions and left as a weak symbol can be linked for every
 # caller; a static constructor would run wide code when the library is loaded. Neither may exist.

@@ -78,7 +78,7 @@ class WithoutDebugger : public ::testing::Environment {
 class Fault : public ::testing::TestWithParam<Case> {
  protected:
   void SetUp() override {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(TLR2_SANITIZED_ADDRESS) || defined(TLR2_SANITIZED_THREAD)
     GTEST_SKIP() << "SKIPPED: the sanitizer takes the fault itself";
 #endif
     folder = std::make_unique<test::ScratchFolder>();

@@ -9,7 +9,8 @@
 namespace tlr2::test {
 inline std::atomic<std::uint64_t> allocations{0};
 
-inline void* CountedBlock(std::size_t size, std::size_t alignment) {
+// Neither may be inlined: of a block from operator new, a compiler knows that nothing lies before it.
+[[gnu::noinline]] inline void* CountedBlock(std::size_t size, std::size_t alignment) {
   allocations.fetch_add(1, std::memory_order_relaxed);
   // The block's own start stands in the word before it, so that every alignment works on every system.
   const std::size_t room = alignment > sizeof(void*) ? alignment : sizeof(void*);
@@ -20,7 +21,7 @@ inline void* CountedBlock(std::size_t size, std::size_t alignment) {
   place[-1] = block;
   return place;
 }
-inline void FreeCountedBlock(void* place) noexcept {
+[[gnu::noinline]] inline void FreeCountedBlock(void* place) noexcept {
   if (place != nullptr) std::free(static_cast<void**>(place)[-1]);
 }
 }  // namespace tlr2::test

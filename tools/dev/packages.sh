@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build ccache git python3 pkg-config
   g++-multilib g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
-  clang-19 clang-tidy-19 clang-format-19
+  clang-19 libclang-rt-19-dev llvm-19 clang-tidy-19 clang-format-19
   googletest libbenchmark-dev libcli11-dev nlohmann-json3-dev libpng-dev libstb-dev libsimde-dev spin
   libosmesa6 libosmesa6-dev libosmesa6:i386
   wine wine64 wine32:i386 xvfb xauth imagemagick xdotool fonts-wine fonts-liberation

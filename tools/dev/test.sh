@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds and passes the tests: lint, native, and the 32-bit Windows driver whole under Wine; on
-# request also under the sanitizers, as 32-bit native code, through clang-tidy, and the 64-bit driver as a smoke test.
+# Installs what is missing, builds and passes the tests: lint, native, the sanitizers over the driver's rooms, the 32-bit
+# Windows driver whole under Wine, and the 64-bit one as a smoke test. On request also 32-bit native code, clang-tidy, and
+# the sanitizers over everything there is.
 #
-# usage: test.sh [STAGE...]   stages: lint native win32 (by default), and tidy native32 asan tsan win64
+# usage: test.sh [STAGE...]   stages: lint native asan tsan win32 win64 (by default), and
+#                             tidy native32 asan-full tsan-full
 #
 # A stage's build and test output lies in build/test-logs/.
 set -euo pipefail
@@ -10,11 +12,12 @@ cd "$(dirname "$0")/../.."
 root=$PWD
 
 stages=("$@")
-[ ${#stages[@]} -gt 0 ] || stages=(lint native win32)
+[ ${#stages[@]} -gt 0 ] || stages=(lint native asan tsan win32 win64)
 for stage in "${stages[@]}"; do
   case "$stage" in
-    lint|tidy|native|native32|asan|tsan|win32|win64) ;;
-    *) echo "test.sh: unknown stage '$stage' (lint tidy native native32 asan tsan win32 win64)" >&2; exit 2 ;;
+    lint|tidy|native|native32|asan|asan-full|tsan|tsan-full|win32|win64) ;;
+    *) echo "test.sh: unknown stage '$stage' (lint tidy native native32 asan asan-full tsan tsan-full win32 win64)" >&2
+      exit 2 ;;
   esac
 done
 
@@ -31,6 +34,7 @@ trap 'rm -rf "$scratch"' EXIT
 export XDG_CONFIG_HOME=$scratch/config
 unset TLR2_THREADS TLR2_ISA TLR2_PIPELINE_CUTOFF TLR2_RJQ_IDLE_SPIN_US TLR2_CAPTURE_FRAMES TLR2_TRACE_FRAMES
 
+export PATH=$PATH:/usr/lib/llvm-19/bin  # where the sanitizers find what names the lines in their reports
 launcher=()
 # Objects are found again from another clone of the same sources.
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
@@ -91,6 +95,20 @@ suite() {
   fi
 }
 
+# core PRESET TEST...: builds and counts these tests of a preset alone.
+core() {
+  local preset=$1 test
+  shift
+  for test in "$@"; do
+    case "$test" in
+      stress_*) targets+=(stress_queue) ;;
+      fuzz_*) targets+=("$test") ;;
+      *) targets+=("test_$test") ;;
+    esac
+  done
+  suite "$preset" -R "^($(IFS='|' && echo "$*"))\$"
+}
+
 for stage in "${stages[@]}"; do
   began=$SECONDS
   configure=()
@@ -109,11 +127,24 @@ for stage in "${stages[@]}"; do
       ;;
     # The model is the same in every build; kernels' tiles are fewer where each costs ten times as much.
     native32) suite native32 -E 'queue_model' ;;
+    # The kernels' tiles against the scalar form, the replay tool and what stands on it are left to the full stages: they
+    # cost half of the time to build, and the scenes, streams and captures here run through the same kernels.
     asan)
+      export ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1
+      core asan base platform settings table grid state textures dispatch queue tiles frame capture present wgl entries \
+        panel golden trace_text summary_text all_on fuzz_reader fuzz_replay
+      check fuzz bash tools/dev/fuzz.sh 60
+      grep -h '^fuzz_' "$logs/fuzz.log" | sed 's/^/  /' || true
+      ;;
+    asan-full)
       export ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1
       TLR2_KERNEL_TILES=10000 suite asan -E 'queue_model|stress_queue_crowded'
       ;;
-    tsan) TSAN_OPTIONS=halt_on_error=1 suite tsan -E 'queue_model|kernels|stress_queue_crowded' ;;
+    tsan)
+      export TSAN_OPTIONS=halt_on_error=1
+      core tsan platform settings queue tiles frame wgl entries golden all_on stress_queue_constant stress_queue_mixed
+      ;;
+    tsan-full) TSAN_OPTIONS=halt_on_error=1 suite tsan -E 'queue_model|kernels|stress_queue_crowded' ;;
     win32)
       bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
       run=(bash "$root/tools/dev/run_wine.sh" --session)
@@ -122,9 +153,11 @@ for stage in "${stages[@]}"; do
     win64)
       bash tools/dev/setup_rig.sh >"$logs/rig.log" 2>&1 || { tail -n 20 "$logs/rig.log"; exit 1; }
       run=(bash "$root/tools/dev/run_wine.sh" --session)
-      # The 64-bit library is built whole and smoke-tested: names, a program that draws, presentation.
-      targets=(opengl32 win32_triangle win32_dxgi win32_post_process test_base test_state)
-      suite win64 -R '^(win32_triangle|win32_dxgi|win32_post_process|export_names|base|state)$'
+      # The 64-bit library is built whole and smoke-tested: names, a program that draws, presentation, overlay, panel.
+      targets=(opengl32 win32_driver_beside win32_triangle win32_dxgi win32_post_process win32_overlay win32_panel
+        win32_panel_process win32_release test_base test_state test_settings test_panel)
+      tests='win32_triangle|win32_dxgi|win32_post_process|win32_overlay|win32_panel|win32_panel_process|win32_release'
+      suite win64 -R "^($tests|export_names|hash_symbols|base|state|settings|panel)\$"
       ;;
   esac
   echo "-- $stage: $((SECONDS - began)) s"

@@ -12,7 +12,7 @@ using Crash = Diagnostics;
 constexpr char kFolderVariable[] = "TLR2_TEST_FOLDER";
 
 TEST_F(Crash, AnAccessViolationLeavesSummaryAndTraceAndKillsTheProcess) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(TLR2_SANITIZED_ADDRESS) || defined(TLR2_SANITIZED_THREAD)
   GTEST_SKIP() << "SKIPPED: the sanitizer takes the fault itself";
 #endif
   GTEST_FLAG_SET(death_test_style, "threadsafe");

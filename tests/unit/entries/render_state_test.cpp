@@ -43,14 +43,17 @@ TEST_F(RenderState, ValuesAreStoredUnvalidated) {
   EXPECT_EQ(recordCount(), 5u);
 }
 
-TEST_F(RenderState, OnlyTheLowByteOfAFlagCounts) {
-  // A caller may leave anything above the byte.
+/// A caller may leave anything above the byte, which no type of C++ says.
+__attribute__((no_sanitize("undefined"))) static void DepthMaskOfAWholeWord(unsigned word) {
   using Wide = void(TLR2_STDCALL*)(unsigned);
-  const auto mask = reinterpret_cast<Wide>(reinterpret_cast<void*>(&glDepthMask));
-  mask(0x100);
+  reinterpret_cast<Wide>(reinterpret_cast<void*>(&glDepthMask))(word);
+}
+
+TEST_F(RenderState, OnlyTheLowByteOfAFlagCounts) {
+  DepthMaskOfAWholeWord(0x100);
   EXPECT_EQ(last<CmdDepthMask>().flag, 0u);
   EXPECT_EQ(state().depthMask, 0);
-  mask(0x102);
+  DepthMaskOfAWholeWord(0x102);
   EXPECT_EQ(last<CmdDepthMask>().flag, 2u);
   EXPECT_EQ(state().depthMask, 1);
   glColorMask(1, 0, 255, 2);

@@ -40,7 +40,7 @@ int Mappings() {
 class FaultStack : public testing::Test {
  protected:
   void SetUp() override {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TLR2_SANITIZED_ADDRESS)
     GTEST_SKIP() << "SKIPPED: the sanitizer gives every thread a signal stack of its own";
 #endif
   }
