@@ -125,6 +125,17 @@ def small(**changes) -> bytes:
     return capture(frames, **given)
 
 
+def unjudged_frames():
+    """No clear: of the first no pixel is known, of the others the square in the middle; the last one's is another."""
+    square = quad(-0.5, -0.5, 0.5, 0.5)
+    start = viewport(WIDTH, HEIGHT) + record(0, "I", 0x1701) + IDENTITY + record(0, "I", 0x1700) + IDENTITY
+    first = start + enable(0x0BE2) + record(16, "II", 0x0302, 0x0303) + color(0x80FFFFFF) + square + SWAP
+    opaque = disable(0x0BE2) + color(0xFF8040FF) + square + SWAP
+    picture = b"".join(struct.pack("<I", 0xFF8040FF if 16 <= x < 48 and 12 <= y < 36 else 0)
+                       for y in range(HEIGHT) for x in range(WIDTH))
+    return [(first, b"", bytes(len(picture))), (opaque, b"", picture), (opaque, b"", bytes(len(picture)))]
+
+
 def with_state(offset, form, value) -> bytearray:
     state = snapshot()
     struct.pack_into("<" + form, state, offset, value)
@@ -153,6 +164,7 @@ def main() -> int:
         "version3": small(version=3),
         "spoiled": small(spoil=True),
         "wrong_reference": small(frames=[(s, b, bytes(WIDTH * HEIGHT * 4)) for s, b, _ in small_frames()]),
+        "unjudged": small(frames=unjudged_frames()),
         "overlapping": capture(small_frames(), blobs=[bytes(4)] * 64 + [bytes(40000)], overlap=True),
         "records_behind": with_records_at(whole, 1 << 40),
         "records_behind_open": with_records_at(small(count=OPEN), len(whole) + 1),

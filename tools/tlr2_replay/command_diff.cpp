@@ -17,6 +17,8 @@ using Json = nlohmann::ordered_json;
 
 /// Pictures kept at a time: the sides cannot play at once, so one side's wait for the other's.
 constexpr std::uint64_t kKeptPixels = 48u << 20;
+/// What --pictures may ask for.
+constexpr int kMostPictures = 100000;
 
 struct Side {
   std::string file, description;
@@ -148,7 +150,9 @@ int RunDiff(const Words& words) {
   line.app.add_option("--max-diff", tolerance, "Channel differences up to this count as equal")
       ->check(CLI::Range(0, 255));
   line.app.add_option("--out", out, "Write a page with the pictures, in one file");
-  line.app.add_option("--pictures", pictures, "Frames with pictures on the page, at most")->capture_default_str();
+  line.app.add_option("--pictures", pictures, "Frames with pictures on the page, at most")
+      ->capture_default_str()
+      ->check(CLI::Range(0, kMostPictures));
   both.AddTo(line.app);
   second.AddTo(line.app, "b-");
   line.AddJson();
@@ -168,12 +172,14 @@ int RunDiff(const Words& words) {
     b.capture = &captureB;
   }
   const std::size_t common = std::min(a.capture->streams.size(), b.capture->streams.size());
-  if (frames.empty() && a.capture->streams.size() != b.capture->streams.size())
+  if (frames.empty() && common == 0) throw CommandFailure{kFailed, "the captures have no frame in common"};
+  // A frame that only one side has is a difference, unless the frames to compare were chosen.
+  bool differs = frames.empty() && a.capture->streams.size() != b.capture->streams.size();
+  if (differs)
     PrintMessage(Format("the captures have %zu and %zu frames; comparing the first %zu", a.capture->streams.size(),
                         b.capture->streams.size(), common));
   const std::vector<std::uint32_t> selected = SelectFrames(frames, static_cast<std::uint32_t>(common));
   const std::vector<FrameDifference> result = CompareSides(a, b, selected, tolerance, out.empty() ? 0 : pictures);
-  bool differs = false;
   Json report = Json::array();
   for (const FrameDifference& frame : result) {
     const Comparison& c = frame.comparison;
@@ -191,7 +197,11 @@ int RunDiff(const Words& words) {
     WriteFile(out, page.data(), page.size());
   }
   if (line.json) {
-    const Json whole = {{"before", a.description}, {"after", b.description}, {"differs", differs}, {"frames", report}};
+    const Json whole = {{"before", a.description},
+                        {"after", b.description},
+                        {"differs", differs},
+                        {"frameCounts", {a.capture->streams.size(), b.capture->streams.size()}},
+                        {"frames", report}};
     std::printf("%s\n", whole.dump(2).c_str());
   }
   return differs ? kDiffer : kDone;

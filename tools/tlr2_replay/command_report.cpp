@@ -18,6 +18,8 @@ namespace tlr2::tool {
 namespace {
 
 constexpr std::int32_t kThumbnail = 320;
+/// What --calls may ask for; a page of more is too large for any browser.
+constexpr int kMostCalls = 10000000;
 
 /// The search over the call list: rows are kept as text and shown a window at a time.
 constexpr const char* kScript = R"js(
@@ -47,6 +49,7 @@ struct ReportedFrame {
   StoredPicture picture, reference, difference;  // thumbnails
   std::string verdict;
   bool bad = false;
+  bool judged = false;  // at least one pixel
 };
 
 std::string Count(std::uint64_t count) { return std::to_string(count); }
@@ -66,9 +69,15 @@ ReportedFrame ReportFrame(Session& session, std::uint32_t frame) {
     const Comparison comparison = Compare(session.Picture(), reference, 0, &known);
     reported.reference = Shrunk(reference, kThumbnail);
     reported.bad = comparison.differing != 0;
-    reported.verdict = reported.bad ? Format("%llu pixels differ, by up to %d",
-                                             static_cast<unsigned long long>(comparison.differing), comparison.worst)
-                                    : "as captured";
+    reported.judged = comparison.unjudged < comparison.pixels;
+    if (reported.bad) {
+      reported.verdict = Format("%llu pixels differ, by up to %d",
+                                static_cast<unsigned long long>(comparison.differing), comparison.worst);
+    } else if (comparison.unjudged == 0) {
+      reported.verdict = "as captured";
+    } else {
+      reported.verdict = reported.judged ? "judged pixels as captured" : "not judged";
+    }
     if (comparison.unjudged != 0)
       reported.verdict += Format(", %llu cannot be judged", static_cast<unsigned long long>(comparison.unjudged));
     if (reported.bad || comparison.unjudged != 0)
@@ -89,8 +98,12 @@ std::string FrameSection(const std::vector<ReportedFrame>& frames) {
     const FrameFigures& f = frame.figures;
     out += "<tr><td class=\"n\">" + Count(f.frame) + "</td><td>" + Figure(frame.picture, "drawn", "thumb") +
            Figure(frame.reference, "captured", "thumb") + Figure(frame.difference, "difference", "thumb") +
-           "</td><td><span class=\"" + (frame.bad ? "bad" : "good") + "\">" + Escaped(frame.verdict) + "</span><br>" +
-           Format("%llu records, %llu vertices<br>%llu primitives, %llu triangles<br>%.2f ms with %d tasks",
+           "</td><td><span class=\"" +
+           (frame.bad      ? "bad"
+            : frame.judged ? "good"
+                           : "dim") +
+           "\">" + Escaped(frame.verdict) + "</span><br>" +
+           Format("%llu records, %llu vertices<br>%llu drawn primitives, %llu triangles<br>%.2f ms with %d tasks",
                   static_cast<unsigned long long>(f.records), static_cast<unsigned long long>(f.vertices),
                   static_cast<unsigned long long>(f.packets), static_cast<unsigned long long>(f.triangles), f.totalMs,
                   static_cast<int>(f.tasks)) +
@@ -187,7 +200,9 @@ int RunReport(const Words& words) {
   line.app.add_option("--out", out, "The page to write")->required();
   line.app.add_option("--frames", frames, "Frames on the page, as in 0-9,20; all without it");
   line.app.add_option("--maps", mapped, "Frames with heat maps; without it the first of the page");
-  line.app.add_option("--calls", mostCalls, "Calls in the list, at most")->capture_default_str();
+  line.app.add_option("--calls", mostCalls, "Calls in the list, at most")
+      ->capture_default_str()
+      ->check(CLI::Range(0, kMostCalls));
   arguments.AddTo(line.app);
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
@@ -241,15 +256,16 @@ int RunReport(const Words& words) {
     bad = bad || frame.bad;
     list.push_back({{"frame", frame.figures.frame}, {"verdict", frame.verdict}, {"totalMs", frame.figures.totalMs}});
   }
+  Progress::Clear();
   if (line.json) {
-    const nlohmann::ordered_json whole = {
-        {"file", file}, {"page", out}, {"bytes", page.size()}, {"calls", calls.size()}, {"frames", list}};
+    const nlohmann::ordered_json whole = {{"file", file},          {"page", out},    {"bytes", page.size()},
+                                          {"calls", calls.size()}, {"differs", bad}, {"frames", list}};
     std::printf("%s\n", whole.dump(2).c_str());
   } else {
     std::printf("%s: %zu frames, %zu calls, %zu bytes%s\n", out.c_str(), reported.size(), calls.size(), page.size(),
                 bad ? "; some frames differ from their captured pixels" : "");
   }
-  return kDone;
+  return bad ? kDiffer : kDone;
 }
 
 }  // namespace tlr2::tool

@@ -1,6 +1,7 @@
 // The console of each system: streams without translation, Ctrl-C as a flag, progress for people.
 #include "tlr2_replay/console.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -20,6 +21,7 @@ constexpr auto kQuietFor = std::chrono::seconds(1);
 constexpr auto kBetween = std::chrono::milliseconds(100);
 
 volatile std::sig_atomic_t interrupted = 0;
+std::atomic<bool> progressShows{false};
 
 extern "C" void OnInterrupt(int signal) {
   interrupted = 1;
@@ -44,7 +46,10 @@ void PrepareConsole() noexcept {
   std::signal(SIGINT, OnInterrupt);
 }
 
-void PrintMessage(const std::string& message) noexcept { std::fprintf(stderr, "tlr2_replay: %s\n", message.c_str()); }
+void PrintMessage(const std::string& message) noexcept {
+  Progress::Clear();
+  std::fprintf(stderr, "tlr2_replay: %s\n", message.c_str());
+}
 
 std::string Format(const char* format, ...) {
   std::va_list first, second;
@@ -71,8 +76,10 @@ Progress::Progress(const char* what, std::uint64_t total) noexcept
       shown_(started_),
       terminal_(StandardErrorIsTerminal()) {}
 
-Progress::~Progress() {
-  if (written_) std::fputs("\r\033[K", stderr);
+Progress::~Progress() { Clear(); }
+
+void Progress::Clear() noexcept {
+  if (progressShows.exchange(false)) std::fputs("\r\033[K", stderr);
 }
 
 void Progress::Show(std::uint64_t done) noexcept {
@@ -80,7 +87,7 @@ void Progress::Show(std::uint64_t done) noexcept {
   const auto now = std::chrono::steady_clock::now();
   if (now - started_ < kQuietFor || now - shown_ < kBetween) return;
   shown_ = now;
-  written_ = true;
+  progressShows = true;
   std::fprintf(stderr, "\r%s %llu/%llu\033[K", what_, static_cast<unsigned long long>(done),
                static_cast<unsigned long long>(total_));
   std::fflush(stderr);

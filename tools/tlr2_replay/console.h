@@ -32,13 +32,14 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress();
   void Show(std::uint64_t done) noexcept;
+  /// Takes the line of whichever progress shows off the terminal; before data goes out, which may end up there too.
+  static void Clear() noexcept;
 
  private:
   const char* what_;
   std::uint64_t total_;
   std::chrono::steady_clock::time_point started_, shown_;
   bool terminal_;
-  bool written_ = false;
 };
 
 }  // namespace tlr2::tool
