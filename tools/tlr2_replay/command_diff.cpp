@@ -2,12 +2,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/html.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
+#include "tlr2_replay/output_file.h"
 #include "tlr2_replay/session_arguments.h"
 
 namespace tlr2::tool {
@@ -179,6 +181,12 @@ int RunDiff(const Words& words) {
     PrintMessage(Format("the captures have %zu and %zu frames; comparing the first %zu", a.capture->streams.size(),
                         b.capture->streams.size(), common));
   const std::vector<std::uint32_t> selected = SelectFrames(frames, static_cast<std::uint32_t>(common));
+  std::optional<OutputFile> page;
+  if (!out.empty()) {
+    RefuseToReplace(a.file, out);
+    RefuseToReplace(b.file, out);
+    page.emplace(out);  // before the long work
+  }
   const std::vector<FrameDifference> result = CompareSides(a, b, selected, tolerance, out.empty() ? 0 : pictures);
   Json report = Json::array();
   for (const FrameDifference& frame : result) {
@@ -192,9 +200,11 @@ int RunDiff(const Words& words) {
     if (c.worst != 0 && c.sameSize) entry["worstAt"] = {c.worstX, c.worstY};
     report.push_back(entry);
   }
-  if (!out.empty()) {
-    const std::string page = DiffPage(a, b, result, tolerance);
-    WriteFile(out, page.data(), page.size());
+  if (page) {
+    const std::string text = DiffPage(a, b, result, tolerance);
+    page->Write(text.data(), text.size());
+    page->Close();
+    page->Keep();
   }
   if (line.json) {
     const Json whole = {{"before", a.description},

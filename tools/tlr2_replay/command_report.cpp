@@ -11,6 +11,7 @@
 #include "tlr2_replay/known_pixels.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
+#include "tlr2_replay/output_file.h"
 #include "tlr2_replay/record_text.h"
 #include "tlr2_replay/session_arguments.h"
 
@@ -18,7 +19,7 @@ namespace tlr2::tool {
 namespace {
 
 constexpr std::int32_t kThumbnail = 320;
-/// What --calls may ask for; a page of more is too large for any browser.
+/// What --calls may ask for.
 constexpr int kMostCalls = 10000000;
 
 /// The search over the call list: rows are kept as text and shown a window at a time.
@@ -218,6 +219,8 @@ int RunReport(const Words& words) {
   } else if (!selected.empty()) {
     maps.push_back(selected.front());
   }
+  RefuseToReplace(file, out);
+  OutputFile page(out);  // before the long work
   Session session(capture, options);
   std::vector<ReportedFrame> reported;
   Progress progress("frame", selected.size() + maps.size());
@@ -248,8 +251,10 @@ int RunReport(const Words& words) {
           "aria-label=\"search in the calls\"> <span id=\"count\" class=\"dim\"></span>" +
           (cut ? " (the list is cut: see --calls)" : "") +
           "</p>\n<p class=\"dim\">frame, record, primitive, call</p>\n<div id=\"calls\" class=\"mono\"></div>\n";
-  const std::string page = Page("Capture report", body, "const calls = " + ForScript(calls) + ";\n" + kScript);
-  WriteFile(out, page.data(), page.size());
+  const std::string text = Page("Capture report", body, "const calls = " + ForScript(calls) + ";\n" + kScript);
+  page.Write(text.data(), text.size());
+  page.Close();
+  page.Keep();
   bool bad = false;
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const ReportedFrame& frame : reported) {
@@ -258,11 +263,11 @@ int RunReport(const Words& words) {
   }
   Progress::Clear();
   if (line.json) {
-    const nlohmann::ordered_json whole = {{"file", file},          {"page", out},    {"bytes", page.size()},
+    const nlohmann::ordered_json whole = {{"file", file},          {"page", out},    {"bytes", text.size()},
                                           {"calls", calls.size()}, {"differs", bad}, {"frames", list}};
     std::printf("%s\n", whole.dump(2).c_str());
   } else {
-    std::printf("%s: %zu frames, %zu calls, %zu bytes%s\n", out.c_str(), reported.size(), calls.size(), page.size(),
+    std::printf("%s: %zu frames, %zu calls, %zu bytes%s\n", out.c_str(), reported.size(), calls.size(), text.size(),
                 bad ? "; some frames differ from their captured pixels" : "");
   }
   return bad ? kDiffer : kDone;

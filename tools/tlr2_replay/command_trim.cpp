@@ -248,6 +248,8 @@ int RunTrim(const Words& words) {
   if (spans.size() != 1) FailUsage("--frames takes one span, as in 3-7");
   const FrameSpan span = spans[0];
 
+  RefuseToReplace(from, to);
+
   CaptureContents capture = LoadCapture(from);
   if (span.last >= capture.streams.size()) {
     FailNoFrame(span.last, capture.streams.size());

@@ -1,17 +1,48 @@
 // Parts and their names.
 #include "tlr2_replay/output_file.h"
 
+#include <cerrno>
 #include <filesystem>
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/limits.h"
+#include "tlr2_replay/options.h"
 
 namespace tlr2::tool {
+namespace {
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), part_(path_ + ".part") {
+constexpr const char* kPartEnding = ".part";
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(a, b, error) && !error;
+}
+
+/// The file that gets the bytes: what a link points to, and not the link, is replaced.
+std::string BehindLinks(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_symlink(path, error)) return path;
+  const std::filesystem::path target = std::filesystem::canonical(path, error);
+  return error ? path : target.string();
+}
+
+}  // namespace
+
+void RefuseToReplace(const std::string& input, const std::string& path) {
+  for (const std::string& written : {path, BehindLinks(path) + kPartEnding}) {
+    if (IsSameFile(input, written)) FailUsage("'" + written + "' is the file that is read: it would be written over");
+  }
+}
+
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+  std::error_code error;
+  const bool straight = std::filesystem::is_other(path_, error);
+  final_ = straight ? path_ : BehindLinks(path_);
+  part_ = straight ? path_ : final_ + kPartEnding;
   file_ = std::fopen(part_.c_str(), "wb");
   if (file_ == nullptr) Fail();
-  RemoveAtEarlyEnd(part_.c_str());
+  kept_ = straight;
+  if (!straight) RemoveAtEarlyEnd(part_.c_str());
 }
 
 OutputFile::~OutputFile() {
@@ -31,10 +62,13 @@ void OutputFile::Close() {
 }
 
 void OutputFile::Keep() {
-  std::error_code error;
-  std::filesystem::rename(part_, path_, error);
-  if (error) Fail();
-  kept_ = true;
+  if (kept_) return;
+  kept_ = std::rename(part_.c_str(), final_.c_str()) == 0;
+  // Windows gives a file no name that another has.
+  if (!kept_ && errno == EEXIST && std::remove(final_.c_str()) == 0) {
+    kept_ = std::rename(part_.c_str(), final_.c_str()) == 0;
+  }
+  if (!kept_) Fail();
 }
 
 void OutputFile::Fail() const { throw CommandFailure{kFailed, "cannot write '" + path_ + "'"}; }

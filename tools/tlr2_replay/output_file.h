@@ -7,7 +7,12 @@
 
 namespace tlr2::tool {
 
-/// Written as "<path>.part". Gone again unless Keep was called, also when a limit or Ctrl-C ends the program.
+/// Ends the command as wrong usage when writing `path` would replace `input`, which is being read, itself or by its
+/// part.
+void RefuseToReplace(const std::string& input, const std::string& path);
+
+/// Written as "<path>.part". Gone again unless Keep was called, also when a limit or Ctrl-C ends the program; what
+/// stood under the name before is then as it was. Devices and pipes have no part: they are written straight.
 class OutputFile {
  public:
   /// Fails the command with exit code 4 when the file cannot be made.
@@ -28,7 +33,8 @@ class OutputFile {
  private:
   [[noreturn]] void Fail() const;
 
-  std::string path_, part_;
+  std::string path_;          // as it was given, for messages
+  std::string final_, part_;  // equal when written straight
   std::FILE* file_;
   bool kept_ = false;
 };

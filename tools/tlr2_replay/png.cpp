@@ -1,10 +1,10 @@
 // The PNG writer of stb, over memory.
 #include "tlr2_replay/png.h"
 
-#include <cstdio>
 #include <filesystem>
 
 #include "tlr2_replay/command.h"
+#include "tlr2_replay/output_file.h"
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-function"
@@ -31,10 +31,10 @@ Bytes EncodePng(const std::uint8_t* pixels, std::int32_t width, std::int32_t hei
 }
 
 void WriteFile(const std::string& path, const void* data, std::size_t size) {
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  const bool written = file != nullptr && (size == 0 || std::fwrite(data, 1, size, file) == size);
-  const bool closed = file == nullptr || std::fclose(file) == 0;
-  if (!written || !closed) throw CommandFailure{kFailed, "cannot write '" + path + "'"};
+  OutputFile file(path);
+  file.Write(data, size);
+  file.Close();
+  file.Keep();
 }
 
 void MakeFolder(const std::string& path) {
