@@ -147,6 +147,25 @@ def with_records_at(image, offset) -> bytes:
     return image[:72] + struct.pack("<Q", offset) + image[80:]
 
 
+def with_field(image, offset, form, value) -> bytes:
+    image = bytearray(image)
+    struct.pack_into("<" + form, image, offset, value)
+    return bytes(image)
+
+
+def write_bulky(path) -> None:
+    """Six whole frames of 12 MiB, nearly all of it zeros that the file system need not store, and one cut short."""
+    image = capture([(clear() + SWAP, b"", bytes(4))], count=OPEN)
+    tables = len(capture([]))
+    stream = image[tables + 24:-4]
+    with open(path, "wb") as file:
+        file.write(image[:tables])
+        for _ in range(7):
+            file.write(struct.pack("<QQQ", len(stream), 0, 12 << 20) + stream)
+            file.seek(12 << 20, 1)
+        file.truncate(file.tell() - 4)
+
+
 def main() -> int:
     folder = pathlib.Path(sys.argv[1])
     folder.mkdir(parents=True, exist_ok=True)
@@ -164,6 +183,9 @@ def main() -> int:
         "version3": small(version=3),
         "spoiled": small(spoil=True),
         "wrong_reference": small(frames=[(s, b, bytes(WIDTH * HEIGHT * 4)) for s, b, _ in small_frames()]),
+        "half_reference": small(frames=[(clear() + SWAP, b"", struct.pack("<I", 0xFF000000) * (WIDTH * HEIGHT)),
+                                        (clear() + SWAP, b"", b"")]),
+        "other_size": small(frames=[(clear() + SWAP, b"", bytes(4))]),
         "unjudged": small(frames=unjudged_frames()),
         "overlapping": capture(small_frames(), blobs=[bytes(4)] * 64 + [bytes(40000)], overlap=True),
         "records_behind": with_records_at(whole, 1 << 40),
@@ -175,11 +197,19 @@ def main() -> int:
         "wide_viewport": small(frames=[(viewport(100000, 10) + SWAP, b"", b"")]),
         "unknown_record": small(frames=[(clear() + record(77) + SWAP, b"", b"")]),
         "payload_outside": small(frames=[(tex_image(2, 2, 8, 16) + SWAP, bytes(16), b"")]),
+        # Counts and sizes that the reader takes and the file does not have.
+        "most_textures": with_field(whole, 48, "I", 0x100000),
+        "most_blobs": with_field(whole, 52, "I", 0x100000),
+        "largest_blob": with_field(whole, 96 + 6376 + 5 * 364 + 8, "Q", 0x20000000),
+        "longest_stream": with_field(whole, struct.unpack_from("<Q", whole, 72)[0], "Q", 0x4000000),
+        "implausible_count": with_field(whole, 48, "I", 0x100001),
+        "another_layout": with_field(whole, 12, "I", LAYOUT_HASH ^ 0x100),
         # Each record fills a quarter of a gigabyte of texels again.
         "endless": small(frames=[(bind(5) + tex_image(8192, 4096, 0, 0) * 3000 + SWAP, b"", b"")] * 3),
     }
     for name, data in files.items():
         (folder / (name + ".tlr2-capture")).write_bytes(data)
+    write_bulky(folder / "bulky.tlr2-capture")
     return 0
 
 

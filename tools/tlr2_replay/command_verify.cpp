@@ -1,7 +1,9 @@
 // verify: draws a capture again and holds each frame against the pixels that were captured with it.
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
@@ -21,10 +23,13 @@ struct Tolerance {
   std::uint32_t pixels = 0;      // of a frame
 };
 
-enum class Verdict { kIdentical, kWithin, kDiffers, kOtherSize, kNoReference };
+/// From the best to the worst: the worst of the frames is the whole's.
+enum class Verdict { kIdentical, kJudgedIdentical, kWithin, kNotJudged, kNoReference, kDiffers, kOtherSize };
 
 const char* VerdictName(Verdict verdict) {
-  constexpr const char* kNames[] = {"identical", "within tolerance", "differs", "other size", "no reference"};
+  constexpr const char* kNames[] = {
+      "identical", "judged pixels identical", "within tolerance", "not judged", "no reference", "differs",
+      "other size"};
   return kNames[static_cast<int>(verdict)];
 }
 
@@ -32,6 +37,7 @@ struct FrameVerdict {
   std::uint32_t frame = 0;
   Verdict verdict = Verdict::kNoReference;
   Comparison comparison;
+  std::optional<KnownPixels::Bounds> unjudged;
   std::string picture;  // file of the difference picture
 
   bool Failed() const { return verdict == Verdict::kDiffers || verdict == Verdict::kOtherSize; }
@@ -48,9 +54,12 @@ FrameVerdict Judge(const Session& session, std::uint32_t frame, const Tolerance&
   }
   result.comparison = Compare(session.Picture(), reference, static_cast<int>(tolerance.difference),
                               session.Known() != nullptr ? &session.Known()->Color() : nullptr);
-  result.verdict = result.comparison.worst == 0                     ? Verdict::kIdentical
-                   : result.comparison.differing > tolerance.pixels ? Verdict::kDiffers
-                                                                    : Verdict::kWithin;
+  const Comparison& c = result.comparison;
+  if (c.unjudged != 0) result.unjudged = session.Known()->UnknownBounds();
+  result.verdict = c.worst != 0            ? (c.differing > tolerance.pixels ? Verdict::kDiffers : Verdict::kWithin)
+                   : c.unjudged == 0       ? Verdict::kIdentical
+                   : c.unjudged < c.pixels ? Verdict::kJudgedIdentical
+                                           : Verdict::kNotJudged;
   return result;
 }
 
@@ -59,7 +68,9 @@ std::string TextOf(const FrameVerdict& result) {
   const Comparison& c = result.comparison;
   switch (result.verdict) {
     case Verdict::kIdentical:
-      text += "identical";
+    case Verdict::kJudgedIdentical:
+    case Verdict::kNotJudged:
+      text += VerdictName(result.verdict);
       break;
     case Verdict::kWithin:
     case Verdict::kDiffers:
@@ -76,9 +87,11 @@ std::string TextOf(const FrameVerdict& result) {
       text += "no reference pixels";
       break;
   }
-  if (c.unjudged != 0)
-    text += Format("; %llu pixels cannot be judged: they show what earlier frames left",
-                   static_cast<unsigned long long>(c.unjudged));
+  if (result.unjudged)
+    text += Format("; %llu pixels within %d,%d to %d,%d cannot be judged: they show what earlier frames left",
+                   static_cast<unsigned long long>(c.unjudged), static_cast<int>(result.unjudged->x0),
+                   static_cast<int>(result.unjudged->y0), static_cast<int>(result.unjudged->x1),
+                   static_cast<int>(result.unjudged->y1));
   if (!result.picture.empty()) text += "; " + result.picture;
   return text;
 }
@@ -90,6 +103,8 @@ Json JsonOf(const FrameVerdict& result) {
     json["pixels"] = c.pixels;
     json["differing"] = c.differing;
     json["unjudged"] = c.unjudged;
+    if (result.unjudged)
+      json["unjudgedWithin"] = {result.unjudged->x0, result.unjudged->y0, result.unjudged->x1, result.unjudged->y1};
     json["worst"] = c.worst;
     if (c.worst != 0) {
       json["worstAt"] = {c.worstX, c.worstY};
@@ -115,7 +130,7 @@ std::vector<FrameVerdict> VerifyFrames(CaptureContents& capture, SessionOptions 
     progress.Show(results.size());
     session.StepTo(frame);
     FrameVerdict result = Judge(session, frame, tolerance);
-    if (result.verdict == Verdict::kDiffers && !pictures.empty()) {
+    if ((result.verdict == Verdict::kDiffers || result.unjudged) && !pictures.empty()) {
       result.picture =
           (std::filesystem::path(pictures) / Format("frame%05u_difference.png", static_cast<unsigned>(frame))).string();
       const StoredPicture difference = DifferencePicture(
@@ -123,7 +138,10 @@ std::vector<FrameVerdict> VerifyFrames(CaptureContents& capture, SessionOptions 
       const Bytes png = PngOfPicture(difference.View());
       WriteFile(result.picture, png.data(), png.size());
     }
-    if (tell) tell(result);
+    if (tell) {
+      Progress::Clear();
+      tell(result);
+    }
     results.push_back(std::move(result));
   }
   return results;
@@ -134,6 +152,27 @@ void RequireReferences(const CaptureContents& capture, const std::vector<std::ui
     if (!capture.references[frame].empty()) return;
   throw CommandFailure{
       kFailed, "no reference pixels in these frames: capture with TLR2_CAPTURE_REFERENCE_PIXELS=1 to have them"};
+}
+
+std::string CellOf(const FrameVerdict& result) {
+  const Comparison& c = result.comparison;
+  std::string cell;
+  switch (result.verdict) {
+    case Verdict::kNotJudged:
+      return VerdictName(result.verdict);
+    case Verdict::kJudgedIdentical:
+      cell = VerdictName(Verdict::kIdentical);
+      break;
+    case Verdict::kWithin:
+    case Verdict::kDiffers:
+      cell = Format("%llu (by up to %d)", static_cast<unsigned long long>(c.differing), c.worst);
+      break;
+    default:
+      cell = VerdictName(result.verdict);
+      break;
+  }
+  if (c.unjudged != 0) cell += Format(" +%llu unjudged", static_cast<unsigned long long>(c.unjudged));
+  return cell;
 }
 
 /// A row a frame, a column a target. Done when one target draws every frame as captured.
@@ -162,20 +201,15 @@ int Matrix(CaptureContents& capture, const SessionArguments& arguments, const st
     std::printf("%s\n", report.dump(2).c_str());
     return someTarget ? kDone : kDiffer;
   }
+  int width = 18;
+  for (const auto& column : columns)
+    for (const FrameVerdict& result : column) width = std::max(width, static_cast<int>(CellOf(result).size()));
   std::printf("%-8s", "frame");
-  for (const std::int32_t target : targets) std::printf(" %18s", kTargetNames[target]);
+  for (const std::int32_t target : targets) std::printf(" %*s", width, kTargetNames[target]);
   std::printf("\n");
   for (std::size_t row = 0; row < frames.size(); ++row) {
     std::printf("%-8u", static_cast<unsigned>(frames[row]));
-    for (const auto& column : columns) {
-      const FrameVerdict& result = column[row];
-      const std::string cell =
-          result.verdict == Verdict::kDiffers || result.verdict == Verdict::kWithin
-              ? Format("%llu (by up to %d)", static_cast<unsigned long long>(result.comparison.differing),
-                       result.comparison.worst)
-              : VerdictName(result.verdict);
-      std::printf(" %18s", cell.c_str());
-    }
+    for (const auto& column : columns) std::printf(" %*s", width, CellOf(column[row]).c_str());
     std::printf("\n");
   }
   return someTarget ? kDone : kDiffer;
@@ -194,10 +228,14 @@ int RunVerify(const Words& words) {
   line.app.add_option("--max-diff", tolerance.difference, "Channel differences up to this pass")
       ->check(CLI::Range(0, 255));
   line.app.add_option("--max-pixels", tolerance.pixels, "Frames with up to this many differing pixels pass");
-  line.app.add_option("--out", pictures, "Folder for a difference picture of each frame that fails");
-  line.app.add_flag("--all-isas", allIsas,
-                    "A matrix of frames and targets; done when one target draws all as captured");
+  auto* const out = line.app.add_option("--out", pictures,
+                                        "Folder for a difference picture of each frame that fails or that has pixels "
+                                        "which cannot be judged");
   arguments.AddTo(line.app);
+  line.app
+      .add_flag("--all-isas", allIsas, "A matrix of frames and targets; done when one target draws all as captured")
+      ->excludes(out)
+      ->excludes(line.app.get_option("--isa"));
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   const SessionOptions options = arguments.Options();
@@ -213,15 +251,17 @@ int RunVerify(const Words& words) {
   };
   const std::vector<FrameVerdict> results = VerifyFrames(capture, options, selected, tolerance, pictures, tell);
   bool failed = false;
+  Verdict worst = Verdict::kIdentical;
   Json report = Json::array();
   for (const FrameVerdict& result : results) {
     failed = failed || result.Failed();
+    worst = std::max(worst, result.verdict);
     report.push_back(JsonOf(result));
   }
   if (line.json) {
     const Json whole = {{"file", file},
                         {"target", kTargetNames[ResolveTarget(options.isa)]},
-                        {"verdict", failed ? "differs" : "identical"},
+                        {"verdict", VerdictName(worst)},
                         {"frames", report}};
     std::printf("%s\n", whole.dump(2).c_str());
   }

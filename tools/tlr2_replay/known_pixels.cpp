@@ -89,4 +89,19 @@ std::uint64_t KnownPixels::UnknownCount() const noexcept {
   return static_cast<std::uint64_t>(std::count(color_[buffer_].begin(), color_[buffer_].end(), std::uint8_t{0}));
 }
 
+std::optional<KnownPixels::Bounds> KnownPixels::UnknownBounds() const noexcept {
+  const std::vector<std::uint8_t>& color = color_[buffer_];
+  std::optional<Bounds> bounds;
+  for (std::size_t at = 0; at < color.size(); ++at) {
+    if (color[at] != 0) continue;
+    const auto x = static_cast<std::int32_t>(at % static_cast<std::size_t>(width_));
+    const auto y = static_cast<std::int32_t>(at / static_cast<std::size_t>(width_));
+    if (!bounds) bounds = Bounds{x, y, x, y};
+    bounds->x0 = std::min(bounds->x0, x);
+    bounds->x1 = std::max(bounds->x1, x);
+    bounds->y1 = y;
+  }
+  return bounds;
+}
+
 }  // namespace tlr2::tool

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "records/driver_state.h"
@@ -32,6 +33,11 @@ class KnownPixels {
                  [static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + static_cast<std::size_t>(x)] != 0;
   }
   std::uint64_t UnknownCount() const noexcept;
+  /// The smallest rectangle around the unknown ones, both corners in it.
+  struct Bounds {
+    std::int32_t x0, y0, x1, y1;
+  };
+  std::optional<Bounds> UnknownBounds() const noexcept;
 
  private:
   std::int32_t width_ = 0;
