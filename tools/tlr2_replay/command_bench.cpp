@@ -40,6 +40,8 @@ struct Row {
   std::string Key() const { return target + ',' + std::to_string(threads) + ',' + frame + ',' + stage; }
 };
 
+constexpr int kMostPasses = 100000;
+
 double Quantile(const std::vector<double>& sorted, double part) {
   const double at = part * static_cast<double>(sorted.size() - 1);
   const auto below = static_cast<std::size_t>(at);
@@ -119,6 +121,8 @@ void PrintJson(const std::string& file, const Plan& plan, const std::vector<Row>
   std::printf("%s\n", whole.dump(2).c_str());
 }
 
+bool IsTime(double milliseconds) noexcept { return std::isfinite(milliseconds) && milliseconds >= 0; }
+
 /// Medians by key, of an earlier run's CSV or JSON.
 std::map<std::string, double> ReadBaseline(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -135,7 +139,8 @@ std::map<std::string, double> ReadBaseline(const std::string& path) {
       std::size_t comma = 0;
       for (int i = 0; i < 4 && comma != std::string::npos; ++i) comma = row.find(',', comma + (i == 0 ? 0 : 1));
       double least = 0, median = 0;
-      if (comma == std::string::npos || std::sscanf(row.c_str() + comma, ",%lf,%lf", &least, &median) != 2)
+      if (comma == std::string::npos || std::sscanf(row.c_str() + comma, ",%lf,%lf", &least, &median) != 2 ||
+          !IsTime(median))
         throw CommandFailure{kRefused, path + ": line " + std::to_string(line + 1) + " is no row of a benchmark"};
       medians[row.substr(0, comma)] = median;
     }
@@ -151,7 +156,9 @@ std::map<std::string, double> ReadBaseline(const std::string& path) {
       row.threads = entry.at("threads").get<std::uint32_t>();
       row.frame = entry.at("frame").get<std::string>();
       row.stage = entry.at("stage").get<std::string>();
-      medians[row.Key()] = entry.at("median_ms").get<double>();
+      row.median = entry.at("median_ms").get<double>();
+      if (!IsTime(row.median)) throw CommandFailure{kRefused, path + ": a median is no time"};
+      medians[row.Key()] = row.median;
     } catch (const Json::exception&) {
       throw CommandFailure{kRefused, path + ": a row lacks a field"};
     }
@@ -159,29 +166,57 @@ std::map<std::string, double> ReadBaseline(const std::string& path) {
   return medians;
 }
 
-/// A table of the whole passes' medians beside the baseline's, and of frames that got slower. The code follows from
-/// the totals of whole passes: those of single frames are too noisy to fail by.
-int CompareWithBaseline(const std::vector<Row>& rows, const std::map<std::string, double>& baseline,
-                        double thresholdPercent) {
-  std::printf("%-10s %7s %6s %-10s %12s %12s %9s\n", "target", "threads", "frame", "stage", "before ms", "now ms",
-              "change");
-  bool slower = false;
+/// A row beside the baseline's.
+struct Change {
+  const Row* row;
+  double before;   // median, in milliseconds
+  double percent;  // that it takes longer
+  bool slower;     // beyond the threshold
+};
+
+/// The whole passes' medians, and those of frames that got slower.
+std::vector<Change> ChangesFrom(const std::map<std::string, double>& baseline, const std::vector<Row>& rows,
+                                double thresholdPercent) {
+  std::vector<Change> changes;
   std::size_t matched = 0;
   for (const Row& row : rows) {
     const auto found = baseline.find(row.Key());
-    if (found == baseline.end() || found->second <= 0) continue;
+    if (found == baseline.end() || !(found->second > 0)) continue;
     ++matched;
-    const double change = (row.median / found->second - 1) * 100;
-    const bool total = row.stage == "total";
-    const bool beyond = total && change > thresholdPercent;
-    if (row.frame != "all" && !beyond) continue;
-    std::printf("%-10s %7u %6s %-10s %12.3f %12.3f %+8.1f%%%s\n", row.target.c_str(),
-                static_cast<unsigned>(row.threads), row.frame.c_str(), row.stage.c_str(), found->second, row.median,
-                change, beyond ? " slower" : "");
-    slower = slower || (beyond && row.frame == "all");
+    const double percent = (row.median / found->second - 1) * 100;
+    const bool slower = row.stage == "total" && percent > thresholdPercent;
+    if (row.frame == "all" || slower) changes.push_back({&row, found->second, percent, slower});
   }
   if (matched == 0) throw CommandFailure{kFailed, "the baseline has none of these targets, task counts and frames"};
-  return slower ? kDiffer : kDone;
+  return changes;
+}
+
+void PrintChanges(const std::vector<Change>& changes) {
+  std::printf("%-10s %7s %6s %-10s %12s %12s %9s\n", "target", "threads", "frame", "stage", "before ms", "now ms",
+              "change");
+  for (const Change& change : changes) {
+    const Row& row = *change.row;
+    std::printf("%-10s %7u %6s %-10s %12.3f %12.3f %+8.1f%%%s\n", row.target.c_str(),
+                static_cast<unsigned>(row.threads), row.frame.c_str(), row.stage.c_str(), change.before, row.median,
+                change.percent, change.slower ? " slower" : "");
+  }
+}
+
+void PrintChangesJson(const std::string& file, const std::string& baseline, double thresholdPercent, bool slower,
+                      const std::vector<Change>& changes) {
+  Json list = Json::array();
+  for (const Change& change : changes)
+    list.push_back({{"target", change.row->target},
+                    {"threads", change.row->threads},
+                    {"frame", change.row->frame},
+                    {"stage", change.row->stage},
+                    {"before_ms", change.before},
+                    {"now_ms", change.row->median},
+                    {"change_percent", change.percent},
+                    {"slower", change.slower}});
+  const Json whole = {
+      {"file", file}, {"baseline", baseline}, {"threshold", thresholdPercent}, {"slower", slower}, {"rows", list}};
+  std::printf("%s\n", whole.dump(2).c_str());
 }
 
 std::vector<std::string> SplitList(const std::string& text) {
@@ -207,10 +242,12 @@ int RunBench(const Words& words) {
   line.app.add_option("--isas", targets, "Targets, as in sse4,avx2; or all, or auto")->capture_default_str();
   line.app.add_option("--thread-counts", threads, "Task counts, as in 1,2,4; 0 for one a processor")
       ->capture_default_str();
-  line.app.add_option("--warm-up", plan.warmUp, "Passes that are not counted")->capture_default_str();
+  line.app.add_option("--warm-up", plan.warmUp, "Passes that are not counted")
+      ->capture_default_str()
+      ->check(CLI::Range(0, kMostPasses));
   line.app.add_option("--repeats", plan.repeats, "Passes that are counted")
       ->capture_default_str()
-      ->check(CLI::Range(1, 100000));
+      ->check(CLI::Range(1, kMostPasses));
   line.app.add_option("--baseline", baseline,
                       "CSV or JSON of an earlier run: prints the changes instead; exit code 1 when a whole pass got "
                       "slower than the threshold");
@@ -250,10 +287,22 @@ int RunBench(const Words& words) {
   plan.frames = SelectFrames(frames, static_cast<std::uint32_t>(capture.streams.size()));
   if (plan.frames.empty()) throw CommandFailure{kFailed, "the capture has no frames"};
   std::vector<Row> rows;
-  Progress progress("frame", configurations.size() * (plan.warmUp + plan.repeats) * plan.frames.size());
+  Progress progress("frame", std::uint64_t{configurations.size()} * (plan.warmUp + plan.repeats) * plan.frames.size());
   std::uint64_t done = 0;
   for (const SessionOptions& options : configurations) Measure(capture, options, plan, progress, done, rows);
-  if (!baseline.empty()) return CompareWithBaseline(rows, before, threshold);
+  Progress::Clear();
+  if (!baseline.empty()) {
+    const std::vector<Change> changes = ChangesFrom(before, rows, threshold);
+    // Single frames are too noisy to fail by.
+    const bool slower = std::any_of(changes.begin(), changes.end(),
+                                    [](const Change& change) { return change.slower && change.row->frame == "all"; });
+    if (line.json) {
+      PrintChangesJson(file, baseline, threshold, slower, changes);
+    } else {
+      PrintChanges(changes);
+    }
+    return slower ? kDiffer : kDone;
+  }
   if (line.json) {
     PrintJson(file, plan, rows);
   } else {
