@@ -4,11 +4,14 @@
 #include <nlohmann/json.hpp>
 
 #include "api/state/driver_state.h"
+#include "base/hash.h"
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/picture.h"
+#include "tlr2_replay/primitive_index.h"
+#include "tlr2_replay/record_text.h"
 #include "tlr2_replay/session_arguments.h"
 
 namespace tlr2::tool {
@@ -49,25 +52,72 @@ struct Output {
   }
 };
 
+/// Plays the frames ahead of `frame`.
+void PlayUpTo(Session& session, std::uint32_t frame) {
+  if (session.NextFrame() == frame) return;
+  if (frame == 0) {
+    session.Rewind();
+  } else {
+    session.StepTo(frame - 1);
+  }
+}
+
+/// Before the frame is drawn: what it is going to draw.
+std::vector<DrawnPrimitive> PrimitivesOfNext(const Session& session, const CaptureContents& capture) {
+  const std::uint32_t frame = session.NextFrame();
+  const std::uint32_t openMode = frame == 0 ? capture.snapshot.primitiveMode : DriverStateInstance().primitiveMode;
+  return DrawnPrimitives(capture.streams[frame], openMode);
+}
+
+struct PrimitiveOutput {
+  std::uint32_t primitive;   // as `calls` counts; kNone for one that began before the frame
+  std::string color, depth;  // hashes
+};
+
 /// The picture as each of the frame's primitives left it.
-void PutPrimitives(const Session& session, const std::string& stem, Output& output) {
+std::vector<PrimitiveOutput> PutPrimitives(const Session& session, std::vector<DrawnPrimitive>& primitives,
+                                           const std::string& stem, Output& output) {
+  std::vector<PrimitiveOutput> put;
   const DepthView size = session.Depth();
-  std::uint32_t triangles = 0, primitive = 0;
   const std::vector<std::uint32_t> counts = session.TrianglesOfPrimitives();
-  Progress progress("primitives", counts.size());
-  for (const std::uint32_t count : counts) {
+  if (counts.empty()) return put;  // nothing drawn, or stopped after an earlier stage
+  if (!CountTriangles(primitives, counts))
+    throw CommandFailure{kInternal, "the frame's packets are not those of its records"};
+  Progress progress("primitives", primitives.size());
+  for (const DrawnPrimitive& primitive : primitives) {
     StopIfInterrupted();
-    triangles += count;
+    progress.Show(put.size());
     StoredPicture picture;
     picture.width = size.width;
     picture.height = size.height;
     std::vector<float> depth;
-    picture.pixels = session.DrawPrefix(triangles, &depth);
-    const std::string name = stem + Format("_primitive%05u", primitive++);
+    picture.pixels = session.DrawPrefix(primitive.firstTriangle + primitive.triangles, &depth);
+    const bool begins = primitive.primitive != PrimitiveCounter::kNone;
+    const std::string name =
+        stem + (begins ? Format("_primitive%05u", static_cast<unsigned>(primitive.primitive)) : "_primitive_open");
     output.Put(name, picture.View());
     output.PutDepth(name, {depth.data(), size.width, size.height});
-    progress.Show(primitive);
+    const std::uint32_t color = Fnv1a(picture.pixels.data(), picture.pixels.size() * sizeof picture.pixels[0]);
+    const std::uint32_t depths = Fnv1a(depth.data(), depth.size() * sizeof depth[0]);
+    put.push_back({primitive.primitive, Format("%08x", static_cast<unsigned>(color)),
+                   Format("%08x", static_cast<unsigned>(depths))});
   }
+  return put;
+}
+
+std::string NameOf(const PrimitiveOutput& one) {
+  return one.primitive == PrimitiveCounter::kNone ? "open primitive"
+                                                  : Format("primitive %u", static_cast<unsigned>(one.primitive));
+}
+
+nlohmann::ordered_json JsonOf(const std::vector<PrimitiveOutput>& primitives) {
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const PrimitiveOutput& one : primitives) {
+    nlohmann::ordered_json number;  // null for one that began before the frame
+    if (one.primitive != PrimitiveCounter::kNone) number = one.primitive;
+    list.push_back({{"primitive", number}, {"color", one.color}, {"depth", one.depth}});
+  }
+  return list;
 }
 
 }  // namespace
@@ -109,7 +159,13 @@ int RunRender(const Words& words) {
     output.files.clear();
     const std::string stem = Format("frame%05u", frame);
     StepHooks hooks;
-    if (eachPrimitive) hooks.rendered = [&] { PutPrimitives(session, stem, output); };
+    std::vector<DrawnPrimitive> primitives;
+    std::vector<PrimitiveOutput> each;
+    if (eachPrimitive) {
+      PlayUpTo(session, frame);
+      primitives = PrimitivesOfNext(session, capture);
+      hooks.rendered = [&] { each = PutPrimitives(session, primitives, stem, output); };
+    }
     const FrameFigures& figures = session.StepTo(frame, hooks);
     output.Put(stem, session.Picture());
     output.PutDepth(stem, session.Depth());
@@ -119,18 +175,24 @@ int RunRender(const Words& words) {
       report.push_back({{"frame", frame},
                         {"width", session.Picture().width},
                         {"height", session.Picture().height},
-                        {"primitives", figures.packets},
+                        {"drawnPrimitives", figures.packets},
                         {"triangles", figures.triangles},
                         {"color", color},
                         {"depth", depth},
                         {"files", output.files}});
+      if (eachPrimitive) report.back()["eachPrimitive"] = JsonOf(each);
     } else {
-      std::printf("frame %u: %dx%d, %llu primitives, %llu triangles, color %s, depth %s\n",
+      Progress::Clear();
+      for (const PrimitiveOutput& one : each)
+        std::printf("frame %u, %s: color %s, depth %s\n", static_cast<unsigned>(frame), NameOf(one).c_str(),
+                    one.color.c_str(), one.depth.c_str());
+      std::printf("frame %u: %dx%d, %llu drawn primitives, %llu triangles, color %s, depth %s\n",
                   static_cast<unsigned>(frame), static_cast<int>(session.Picture().width),
                   static_cast<int>(session.Picture().height), static_cast<unsigned long long>(figures.packets),
                   static_cast<unsigned long long>(figures.triangles), color.c_str(), depth.c_str());
     }
   }
+  Progress::Clear();
   if (line.json) {
     const nlohmann::ordered_json whole = {
         {"file", file}, {"target", kTargetNames[session.Target()]}, {"frames", report}};
