@@ -48,6 +48,7 @@ int RunProfile(const Words& words) {
       session.Step();
     }
   }
+  Progress::Clear();
   if (format == "text") {
     ProfileReport(stdout);
     return kDone;

@@ -34,6 +34,7 @@ struct EarlyEnd {
 EarlyEnd earlyEnd;
 
 [[noreturn]] void EndEarly(const char* message) noexcept {
+  Progress::Clear();
   std::fprintf(stderr, "tlr2_replay: %s\n", message);
   for (const char* path : earlyEnd.paths) {
     if (path[0] != '\0') std::remove(path);
