@@ -130,7 +130,7 @@ int RunTextures(const Words& words) {
   std::string file, folder;
   std::optional<std::uint32_t> frame, name, level;
   line.AddFile(file);
-  line.app.add_option("--frame", frame, "The textures that this frame draws with; the last frame's without it");
+  line.app.add_option("--frame", frame, "The textures as they are when this frame draws; the last frame without it");
   line.app.add_option("--extract", folder, "Write levels into this folder as texture<name>_level<level>.png");
   line.app.add_option("--texture", name, "Extract this texture alone");
   line.app.add_option("--level", level, "Extract this level alone");
