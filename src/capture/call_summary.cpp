@@ -94,6 +94,7 @@ void WriteCallSummary() noexcept {
   WriteDriftScan(file, rows);
   TileDiscoveryReport(file);
   OccupancyReport(file);
+  std::fflush(file);  // what follows allocates: should that hang in a crash, all of this stands
   ProfileReport(file);
   std::fclose(file);
 }

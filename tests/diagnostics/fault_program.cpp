@@ -1,5 +1,5 @@
-// A program that dies under the driver, as its arguments say: HOW access|illegal|overflow|killed|sent|caught, WHERE
-// main|other|armed.
+// A program that dies under the driver, as its arguments say: HOW access|illegal|overflow|divide|killed|sent|caught, or
+// ends as programs should, HOW ends; WHERE main|other|armed.
 // Built twice: over the driver's rooms, where the other thread is one of the pool's workers, and over the built
 // library, where it is a thread of the program's own, armed with a signal stack of its own or not. Exit code 3: it did
 // not die; 4: it could not begin.
@@ -84,6 +84,8 @@ void Die() {
     __asm__ volatile("ud2");
   } else if (std::strcmp(how, "overflow") == 0) {
     std::printf("%d\n", Deeper(0));
+  } else if (std::strcmp(how, "divide") == 0) {
+    __asm__ volatile("movl $1, %%eax\n\tcltd\n\txorl %%ecx, %%ecx\n\tidivl %%ecx" ::: "eax", "ecx", "edx", "cc");
 #if defined(_WIN32)
   } else if (std::strcmp(how, "killed") == 0) {
     TerminateProcess(GetCurrentProcess(), 9);
@@ -175,6 +177,7 @@ int main(int count, char** arguments) {
   } else {
     driver.begin(4);
   }
+  if (std::strcmp(how, "ends") == 0) return 0;
   if (std::strcmp(how, "caught") == 0) {
     FaultTwice(driver);
   } else if (std::strcmp(arguments[2], "main") == 0) {

@@ -155,6 +155,43 @@ INSTANTIATE_TEST_SUITE_P(OnTheProgramsSignalStack, Fault,
                          TitleOf);
 #endif
 
+class OtherFault : public Fault {};
+
+TEST_P(OtherFault, GoesOnUnseen) {
+  const test::ScopedEnvironment trace("TLR2_TRACE_FRAMES", "0-5");
+  const test::ChildEnd end = Run();
+  ASSERT_TRUE(end.started);
+#if defined(_WIN32)
+  EXPECT_EQ(end.code, 0xC0000094u);
+#else
+  EXPECT_EQ(end.signalNumber, SIGFPE);
+#endif
+  EXPECT_FALSE(std::filesystem::exists("TLR2_api_calls.log"));
+  EXPECT_EQ(BytesOf(kTrace).find(kMarker), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(DivisionByZero, OtherFault,
+                         ::testing::Values(Case{TLR2_FAULT_PROGRAM, "divide", "main", "OverTheRooms"},
+                                           Case{TLR2_FAULT_LIBRARY_PROGRAM, "divide", "main", "WithTheLibrary"}),
+                         TitleOf);
+
+class Ended : public Fault {};
+
+TEST_P(Ended, LeavesTheSummaryAndAWholeTrace) {
+  const test::ScopedEnvironment trace("TLR2_TRACE_FRAMES", "0-5");
+  const test::ChildEnd end = Run();
+  ASSERT_TRUE(end.started);
+  EXPECT_EQ(end.code, 0u);
+  EXPECT_EQ(CountOf(BytesOf("TLR2_api_calls.log"), "glBegin"), 1);
+  const std::string text = BytesOf(kTrace), last = "=== end of trace ===\n";
+  ASSERT_GE(text.size(), last.size());
+  EXPECT_EQ(text.substr(text.size() - last.size()), last);
+}
+
+INSTANTIATE_TEST_SUITE_P(ByItself, Ended,
+                         ::testing::Values(Case{TLR2_FAULT_LIBRARY_PROGRAM, "ends", "main", "WithTheLibrary"}),
+                         TitleOf);
+
 class Killed : public Fault {};
 
 TEST_P(Killed, LosesAtMostSixtyFramesOfCounts) {

@@ -197,6 +197,31 @@ TEST_F(FpsOverlayOnScreen, ALostTargetIsMadeAnewAtTheNextFrame) {
   EXPECT_TRUE(TraceLines().empty());
 }
 
+TEST_F(FpsOverlayOnScreen, TheLoadIsSampledWithEachMeasureAndInNoOtherFrame) {
+  TurnOn();
+  Show();  // the first reading is the baseline
+  for (int round = 0; round < 3; ++round) {
+    Sleep(100);  // in which the processors' times move
+    Overlay().meter.shownCpu = -1;
+    Overlay().meter.lastUpdateTicks -= TicksPerSecond();
+    Show();
+    EXPECT_GE(Overlay().meter.shownCpu, 0);
+    EXPECT_LE(Overlay().meter.shownCpu, 100);
+    Overlay().meter.shownCpu = -1;
+    Show();
+    EXPECT_EQ(Overlay().meter.shownCpu, -1);
+  }
+}
+
+TEST_F(FpsOverlayOnScreen, ItSaysTheSizeOfWhatIsRendered) {
+  ASSERT_TRUE(SurfaceEnsureSize(surface, kWidth + 40, kHeight + 8, window.deviceContext()));
+  Overlay().meter.shownFps = 7;
+  Overlay().meter.shownCpu = 3;
+  wchar_t text[kOverlayTextLength];
+  const std::uint32_t length = OverlayText(*surface.device, text);
+  EXPECT_EQ(std::wstring(text, length), L"520 x 288\nFPS 7\nCPU 3%");
+}
+
 TEST_F(FpsOverlayOnScreen, AnyOtherFailureOfDrawingKeepsTheTarget) {
   TurnOn();
   ASSERT_TRUE(ShowUntilText(true));

@@ -222,6 +222,78 @@ TEST_F(ControlPanel, EveryControlIsAtItsPlaceInTheOrderOfTheTable) {
   EXPECT_EQ(child, nullptr) << "nothing else";
 }
 
+TEST_F(ControlPanel, EveryControlHasTheStylesOfItsKind) {
+  HWND child = GetWindow(panel, GW_CHILD);
+  const auto expect = [&](const ControlRow& row, LONG mask, LONG style, LONG others) {
+    ASSERT_NE(child, nullptr);
+    const LONG all = GetWindowLongW(child, GWL_STYLE);
+    EXPECT_EQ(all & mask, style) << row.caption << ' ' << row.id;
+    EXPECT_EQ(all & others, others) << row.caption << ' ' << row.id;
+    EXPECT_EQ((all & static_cast<LONG>(WS_GROUP)) != 0, row.startsGroup) << row.caption << ' ' << row.id;
+  };
+  constexpr LONG kStop = WS_TABSTOP;
+  for (const ControlRow& row : kControls) {
+    switch (row.kind) {
+      case ControlKind::kText:
+        expect(row, SS_TYPEMASK, SS_LEFT, 0);
+        break;
+      case ControlKind::kRightText:
+        expect(row, SS_TYPEMASK, SS_RIGHT, 0);
+        break;
+      case ControlKind::kRadio:
+        expect(row, BS_TYPEMASK, BS_AUTORADIOBUTTON, 0);
+        break;
+      case ControlKind::kCheckBox:
+        expect(row, BS_TYPEMASK, BS_AUTOCHECKBOX, kStop);
+        break;
+      case ControlKind::kList: {
+        expect(row, CBS_DROPDOWNLIST, CBS_DROPDOWNLIST, kStop);
+        RECT opened = {}, closed = {};
+        SendMessageW(child, CB_GETDROPPEDCONTROLRECT, 0, reinterpret_cast<LPARAM>(&opened));
+        GetWindowRect(child, &closed);
+        // With the field that stays in sight, or without it and its border: systems differ.
+        const LONG list = opened.bottom - opened.top;
+        EXPECT_NEAR(list < Scaled(row.height) ? list + closed.bottom - closed.top : list, Scaled(row.height), 4);
+        break;
+      }
+      case ControlKind::kNumber:
+        expect(row, ES_NUMBER | ES_RIGHT, ES_NUMBER | ES_RIGHT, kStop);
+        EXPECT_NE(GetWindowLongW(child, GWL_EXSTYLE) & static_cast<LONG>(WS_EX_CLIENTEDGE), 0);
+        break;
+      case ControlKind::kSlider:
+        child = GetWindow(child, GW_HWNDNEXT);  // behind its label
+        expect(row, TBS_AUTOTICKS, TBS_AUTOTICKS, kStop);
+        break;
+    }
+    child = GetWindow(child, GW_HWNDNEXT);
+  }
+  WNDCLASSEXW type = {};
+  type.cbSize = sizeof type;
+  ASSERT_NE(GetClassInfoExW(GetModuleHandleW(nullptr), kPanelClass, &type), FALSE);
+  EXPECT_EQ(type.style, static_cast<UINT>(CS_HREDRAW | CS_VREDRAW));
+  EXPECT_EQ(type.hCursor, LoadCursorW(nullptr, IDC_ARROW));
+  EXPECT_EQ(type.hbrBackground, reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_BTNFACE + 1)));
+}
+
+TEST_F(ControlPanel, ClosedItGivesItsFontBack) {
+  const auto font = reinterpret_cast<HFONT>(SendMessageW(GetWindow(panel, GW_CHILD), WM_GETFONT, 0, 0));
+  ASSERT_EQ(GetObjectType(font), static_cast<DWORD>(OBJ_FONT));
+  SendMessageW(panel, WM_CLOSE, 0, 0);
+  EXPECT_EQ(WaitForPanel(false), nullptr);
+  for (int waited = 0; GetObjectType(font) != 0 && waited < kPatienceMs; waited += 10) Sleep(10);
+  EXPECT_EQ(GetObjectType(font), 0u);
+}
+
+TEST(ControlPanelScale, PlacesFollowTheDotsPerInchRounded) {
+  const std::int32_t before = Settings().panelDpi;
+  Settings().panelDpi = 144;
+  EXPECT_EQ(Scaled(340), 510);
+  EXPECT_EQ(Scaled(7), 11);
+  Settings().panelDpi = 96;
+  EXPECT_EQ(Scaled(818), 818);
+  Settings().panelDpi = before;
+}
+
 TEST_F(ControlPanel, OnAMonitorOfAnotherScaleItKeepsItsOwn) {
   struct Child {
     HWND window;
@@ -421,8 +493,14 @@ TEST_F(ControlPanel, EachSliderWritesItsWordItsLabelAndTheNextPicture) {
     return (screen[test::kSceneWidth - 1] & 0xFFFFFF) == kGround;
   }));
   const auto isNeutral = [&](const Picture& screen) { return screen == neutral; };
-  const auto isAdjusted = [&](const Picture& screen) { return screen != neutral; };
+  Picture other;  // of the other end
+  const auto isAdjusted = [&](const Picture& screen) {
+    if (screen == neutral || screen == other) return false;
+    other = screen;
+    return true;
+  };
   for (const Case& one : kCases) {
+    other = neutral;
     HWND track = Control(one.id);
     EXPECT_EQ(SendMessageW(track, TBM_GETRANGEMIN, 0, 0), one.least) << one.name;
     EXPECT_EQ(SendMessageW(track, TBM_GETRANGEMAX, 0, 0), one.most) << one.name;
@@ -433,6 +511,11 @@ TEST_F(ControlPanel, EachSliderWritesItsWordItsLabelAndTheNextPicture) {
       ExpectWord(one.name, one.least);
       EXPECT_EQ(TextOf(Control(one.id + 1)), one.leastLabel);
       EXPECT_TRUE(ScreenComesToAgree(isAdjusted)) << one.name;
+    }
+    if (one.most - one.least == 360) {  // half a turn either way gives one picture
+      Slide(one.id, one.neutral);
+      EXPECT_TRUE(ScreenComesToAgree(isNeutral)) << one.name;
+      other = neutral;
     }
     SendMessageW(track, WM_KEYDOWN, VK_END, 0);  // the trackbar itself scrolls
     ExpectWord(one.name, one.most);
@@ -476,7 +559,9 @@ TEST_F(ControlPanel, ClosingItSavesAndLeavesTheRenderingAlive) {
   Sleep(300);
   EXPECT_EQ(FindPanel(), nullptr) << "once a process";
   test::CloseContext(second);
-  ASSERT_TRUE(test::OpenContext(window.deviceContext()) != nullptr);
+  void* third = test::OpenContext(window.deviceContext());
+  EXPECT_NE(third, nullptr);
+  test::CloseContext(third);
 }
 
 TEST(ControlPanelFonts, BothWaysOfTheFontFollowTheDotsPerInch) {

@@ -16,7 +16,7 @@ constexpr int kDone = 0, kStoreFailed = 1, kWrongUse = 2;
 
 constexpr char kUsage[] =
     "usage: tlr2_settings list               every setting: its value, range, built-in value and effect\n"
-    "       tlr2_settings get NAME           the value that the next start of a program takes\n"
+    "       tlr2_settings get NAME           the stored value, within its range, or the built-in one\n"
     "       tlr2_settings set NAME VALUE     stores a value\n"
     "       tlr2_settings reset [NAME...]    forgets what is stored, of all settings when none is named\n";
 

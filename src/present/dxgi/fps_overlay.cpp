@@ -100,8 +100,12 @@ void DrawFpsOverlay(PresentDevice& present) {
   if (CountShownFrame(meter, TicksNow())) meter.shownCpu = SampleLoad(overlay.sampler, meter.shownCpu);
   if (meter.shownFps <= 0) return;
   wchar_t text[kOverlayTextLength];
-  const std::uint32_t length = FormatOverlayText(present.renderWidth, present.renderHeight, meter, text);
+  const std::uint32_t length = OverlayText(present, text);
   DrawOverlayText(overlay, text, length);
+}
+
+std::uint32_t OverlayText(const PresentDevice& present, wchar_t (&text)[kOverlayTextLength]) {
+  return FormatOverlayText(present.renderWidth, present.renderHeight, present.overlay.meter, text);
 }
 
 void ReleaseFpsOverlay(FpsOverlay& overlay) {

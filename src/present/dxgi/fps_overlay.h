@@ -30,6 +30,8 @@ struct FpsOverlay {
 
 /// Once a frame while the overlay is on, between the full-screen pass and the present.
 void DrawFpsOverlay(PresentDevice& present);
+/// What it says now: the size of what is rendered, which may be larger than the window. The number of characters.
+std::uint32_t OverlayText(const PresentDevice& present, wchar_t (&text)[kOverlayTextLength]);
 void ReleaseFpsOverlay(FpsOverlay& overlay);
 
 }  // namespace tlr2

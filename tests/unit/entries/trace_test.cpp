@@ -98,6 +98,19 @@ TEST_F(TraceLines, PointersPrintAsPointersButForTheClipPlane) {
   EXPECT_EQ(lines[1], std::string("TLR2::GL::ClipPlane ") + text);
 }
 
+TEST_F(TraceLines, TheClipPlanesPointerIsReadAsTheBitsOfADouble) {
+  if constexpr (sizeof(void*) == 8) {
+    Open();
+    glClipPlane(0x3000,
+                reinterpret_cast<const double*>(std::uintptr_t{0x40590000} << 16 << 16));  // nothing looks there
+    const std::vector<std::string> lines = Close();
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0], "TLR2::GL::ClipPlane (plane=0x3000, equation=100.000000)");
+  } else {
+    GTEST_SKIP() << "32 bits of a pointer make no double that shows";
+  }
+}
+
 TEST_F(TraceLines, OneVectorEntryPrintsItsValuesOrSaysNull) {
   const float v[3] = {1, 2, 3};
   Open();

@@ -90,7 +90,7 @@ TEST(PostProcessPixels, ArithmeticAtNeutralSettingsChangesNoByteSoThatACopyMaySt
   constants.gamma = constants.saturation = constants.brightness = 1.0f;
   constants.videoRange = 1e-30f;  // too little to show, enough not to be neutral
   std::vector<std::uint32_t> source, shown;
-  for (std::uint32_t color = 0; color < 1u << 24; color += 5) source.push_back(0x5A000000u | color);
+  for (std::uint32_t color = 0; color < 1u << 24; ++color) source.push_back(0x5A000000u | color);
   shown.resize(source.size());
   PostProcessPixels(constants, source.data(), shown.data(), source.size());
   EXPECT_EQ(shown, source);
