@@ -2,7 +2,6 @@
 // memory.
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "api/table/commands.h"
@@ -37,23 +36,15 @@ FrameReport Examine(const CapturedFrame& frame) {
   return report;
 }
 
-struct TextureTotals {
-  std::size_t slots = 0, images = 0, payloads = 0;
-};
-
-TextureTotals CountTextures(const CaptureContents& contents) {
-  TextureTotals totals = {contents.textures.size()};
-  for (const TextureObject& object : contents.textures) {
-    if (object.hasImage != 0) ++totals.images;
-    if (!object.pixels.empty()) ++totals.payloads;
-  }
-  return totals;
+std::size_t CountImages(const CaptureContents& contents) {
+  return static_cast<std::size_t>(std::count_if(contents.textures.begin(), contents.textures.end(),
+                                                [](const TextureObject& object) { return object.hasImage != 0; }));
 }
 
-std::string ClosedText(const std::optional<CaptureHeader>& header) {
-  if (!header) return "unknown";
-  if (header->frameCount == kCaptureOpen) return "no: the frame count was never written";
-  return Format("yes, with %u frames", static_cast<unsigned>(header->frameCount));
+/// The reader came to the frames before it stopped: keyframe, textures and blobs are whole.
+bool IsFrameFault(const std::string& message) noexcept {
+  return message.starts_with("short read on frame ") || message == "implausible frame record size" ||
+         message == "seek failed on frame records";
 }
 
 struct Report {
@@ -62,8 +53,13 @@ struct Report {
   std::optional<CaptureHeader> header;  // nothing when the file has none
   CaptureContents contents;             // without frames
   std::vector<FrameReport> frames;
-  const char* damage;  // the reader's message, or null
+  std::string damage;  // the reader's message, or empty
   std::string fault;   // why the driver would not be given it, or empty
+
+  /// Other versions say their version and layout; the rest of a header may mean something else there.
+  bool KnowsHeader() const { return header && header->version == kCaptureVersion; }
+  /// Otherwise the header alone tells of textures and blobs.
+  bool KnowsTextures() const { return damage.empty() || IsFrameFault(damage); }
 
   /// Texel bytes that textures with equal texels did not take again.
   std::uint64_t Saved() const {
@@ -76,14 +72,26 @@ void PrintText(const Report& r) {
   if (r.header) {
     std::printf("format: version %u, layout hash 0x%08X\n", static_cast<unsigned>(r.header->version),
                 static_cast<unsigned>(r.header->layoutHash));
-    std::printf("surface: %ux%u\n", static_cast<unsigned>(r.header->width), static_cast<unsigned>(r.header->height));
   }
-  std::printf("closed: %s\n", ClosedText(r.header).c_str());
-  const TextureTotals textures = CountTextures(r.contents);
-  std::printf("textures: %zu slots, %zu with an image, %llu texel bytes\n", textures.slots, textures.images,
-              static_cast<unsigned long long>(r.contents.textureBytes));
-  std::printf("blobs: %u, %llu bytes; duplicates saved %llu bytes\n", static_cast<unsigned>(r.contents.blobCount),
-              static_cast<unsigned long long>(r.contents.fileBlobBytes), static_cast<unsigned long long>(r.Saved()));
+  if (!r.KnowsHeader()) {
+    std::printf("closed: unknown\n");
+  } else {
+    std::printf("surface: %ux%u\n", static_cast<unsigned>(r.header->width), static_cast<unsigned>(r.header->height));
+    if (r.header->frameCount == kCaptureOpen) {
+      std::printf("closed: no: the frame count was never written\n");
+    } else {
+      std::printf("closed: yes, with %u frames\n", static_cast<unsigned>(r.header->frameCount));
+    }
+  }
+  if (r.KnowsTextures()) {
+    std::printf("textures: %zu slots, %zu with an image, %llu texel bytes\n", r.contents.textures.size(),
+                CountImages(r.contents), static_cast<unsigned long long>(r.contents.textureBytes));
+    std::printf("blobs: %u, %llu bytes; duplicates saved %llu bytes\n", static_cast<unsigned>(r.contents.blobCount),
+                static_cast<unsigned long long>(r.contents.fileBlobBytes), static_cast<unsigned long long>(r.Saved()));
+  } else if (r.KnowsHeader()) {
+    std::printf("textures: %u slots, not all read\nblobs: %u, not all read\n",
+                static_cast<unsigned>(r.header->textureCount), static_cast<unsigned>(r.header->blobCount));
+  }
   const auto withReference = std::count_if(r.frames.begin(), r.frames.end(),
                                            [](const FrameReport& frame) { return frame.referenceBytes != 0; });
   std::printf("frames: %zu, %zu with reference pixels\n", r.frames.size(), static_cast<std::size_t>(withReference));
@@ -98,7 +106,7 @@ void PrintText(const Report& r) {
                 static_cast<unsigned long long>(f.primitives), static_cast<unsigned long long>(f.vertices),
                 static_cast<unsigned long long>(f.uploads), f.whole ? "" : "  malformed record");
   }
-  if (r.damage != nullptr) std::printf("damage: %s\n", r.damage);
+  if (!r.damage.empty()) std::printf("damage: %s\n", r.damage.c_str());
   if (!r.fault.empty()) std::printf("not replayable: %s\n", r.fault.c_str());
 }
 
@@ -107,14 +115,21 @@ void PrintJson(const Report& r) {
   if (r.header) {
     out["version"] = r.header->version;
     out["layoutHash"] = Format("0x%08X", static_cast<unsigned>(r.header->layoutHash));
+  }
+  if (r.KnowsHeader()) {
     out["width"] = r.header->width;
     out["height"] = r.header->height;
     out["closed"] = r.header->frameCount != kCaptureOpen;
   }
-  const TextureTotals textures = CountTextures(r.contents);
-  out["textures"] = {{"slots", textures.slots}, {"images", textures.images}, {"bytes", r.contents.textureBytes}};
-  out["blobs"] = {
-      {"count", r.contents.blobCount}, {"bytes", r.contents.fileBlobBytes}, {"duplicateBytesSaved", r.Saved()}};
+  if (r.KnowsTextures()) {
+    out["textures"] = {
+        {"slots", r.contents.textures.size()}, {"images", CountImages(r.contents)}, {"bytes", r.contents.textureBytes}};
+    out["blobs"] = {
+        {"count", r.contents.blobCount}, {"bytes", r.contents.fileBlobBytes}, {"duplicateBytesSaved", r.Saved()}};
+  } else if (r.KnowsHeader()) {
+    out["textures"] = {{"slots", r.header->textureCount}, {"images", nullptr}, {"bytes", nullptr}};
+    out["blobs"] = {{"count", r.header->blobCount}, {"bytes", nullptr}, {"duplicateBytesSaved", nullptr}};
+  }
   Json& frames = out["frames"] = Json::array();
   for (const FrameReport& f : r.frames) {
     frames.push_back({{"streamBytes", f.streamBytes},
@@ -126,7 +141,7 @@ void PrintJson(const Report& r) {
                       {"uploads", f.uploads},
                       {"wellFormed", f.whole}});
   }
-  out["damage"] = r.damage != nullptr ? Json(r.damage) : Json();
+  out["damage"] = !r.damage.empty() ? Json(r.damage) : Json();
   out["notReplayable"] = !r.fault.empty() ? Json(r.fault) : Json();
   std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
 }
@@ -140,7 +155,6 @@ int RunInfo(const Words& words) {
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 
-  CheckBlobSizes(report.file);
   report.header = PeekHeader(report.file, report.fileBytes);
   CaptureCheck check;
   const auto examine = [&](CapturedFrame&& frame) {
@@ -149,14 +163,21 @@ int RunInfo(const Words& words) {
     if (report.fault.empty()) report.fault = check.Frame(frame.stream, frame.blob, frame.reference);
     report.frames.push_back(Examine(frame));
   };
-  std::size_t frameCount = 0;
-  const bool whole = ReadCaptureFrames(report.file.c_str(), report.contents, &report.damage, examine, frameCount);
-  if (!whole && std::strcmp(report.damage, "cannot open file") == 0) {
+  report.damage = BlobSizeFault(report.file);
+  if (report.damage.empty()) {
+    const char* error = nullptr;
+    std::size_t frameCount = 0;
+    if (!ReadCaptureFrames(report.file.c_str(), report.contents, &error, examine, frameCount)) {
+      report.damage = error;
+    } else if (frameCount == 0) {
+      report.fault = check.Keyframe(report.contents);
+    }
+  }
+  if (report.damage == "cannot open file") {
     throw CommandFailure{kRefused, report.file + ": " + report.damage};  // there is nothing to tell of it
   }
-  if (whole && frameCount == 0) report.fault = check.Keyframe(report.contents);
   (line.json ? PrintJson : PrintText)(report);
-  if (report.damage == nullptr) return kDone;
+  if (report.damage.empty()) return kDone;
   throw CommandFailure{kRefused, report.file + ": " + report.damage};
 }
 

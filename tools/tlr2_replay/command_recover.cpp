@@ -113,6 +113,25 @@ void CopyKept(const std::string& from, const Recovery& recovery, OutputFile& out
   if (!WriteFrameCount(out.file(), recovery.frames)) throw CommandFailure{kFailed, "cannot write the frame count"};
 }
 
+/// The new file, frame by frame: a capture may be larger than memory.
+void ReadBack(const std::string& path, std::uint32_t frames) {
+  CaptureContents contents;
+  CaptureCheck check;
+  std::string fault;
+  std::uint32_t read = 0;
+  const auto look = [&](CapturedFrame&& frame) {
+    StopIfInterrupted();
+    if (read++ == 0) fault = check.Keyframe(contents);
+    if (fault.empty()) fault = check.Frame(frame.stream, frame.blob, frame.reference);
+  };
+  const char* error = nullptr;
+  std::size_t count = 0;
+  if (!ReadCaptureFrames(path.c_str(), contents, &error, look, count)) fault = error;
+  if (count == 0 && fault.empty()) fault = check.Keyframe(contents);
+  if (fault.empty() && count != frames) fault = Format("%zu frames", count);
+  if (!fault.empty()) throw CommandFailure{kFailed, "the recovered file reads differently: " + fault};
+}
+
 void Print(const Recovery& r, bool wasClosed, bool json) {
   const std::uint64_t dropped = r.fileBytes - r.keptBytes;
   if (json) {
@@ -139,6 +158,9 @@ int RunRecover(const Words& words) {
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 
+  // The file itself may be replaced: it is read to its end before. Its part is written while it is read.
+  RefuseToReplace(from, to + ".part");
+
   CheckBlobSizes(from);
   std::uint64_t fileBytes = 0;
   const std::optional<CaptureHeader> header = PeekHeader(from, fileBytes);
@@ -151,8 +173,7 @@ int RunRecover(const Words& words) {
   OutputFile out(to);
   CopyKept(from, recovery, out);
   out.Close();
-  const CaptureContents again = LoadCapture(out.partPath());
-  if (again.streams.size() != recovery.frames) throw CommandFailure{kFailed, "the recovered file reads differently"};
+  ReadBack(out.partPath(), recovery.frames);
   out.Keep();
   Print(recovery, wasClosed, line.json);
   return kDone;

@@ -27,32 +27,40 @@ std::uint64_t SizeOf(std::FILE* file) noexcept {
 std::optional<CaptureHeader> PeekHeader(const std::string& path, std::uint64_t& fileBytes) {
   fileBytes = 0;
   const File file = OpenForReading(path);
-  CaptureHeader header;
-  if (file == nullptr || !ReadBytes(file.get(), &header, sizeof header)) return std::nullopt;
+  if (file == nullptr) return std::nullopt;
   fileBytes = SizeOf(file.get());
-  if (header.magic0 != kCaptureMagic0 || header.magic1 != kCaptureMagic1 || header.version != kCaptureVersion ||
-      header.layoutHash != kCaptureLayoutHash) {
+  CaptureHeader header;
+  if (!SeekTo(file.get(), 0) || !ReadBytes(file.get(), &header, sizeof header)) {
+    if (std::ferror(file.get()) != 0) fileBytes = 0;  // a folder, which has no bytes
     return std::nullopt;
   }
+  if (header.magic0 != kCaptureMagic0 || header.magic1 != kCaptureMagic1) return std::nullopt;
   return header;
 }
 
-void CheckBlobSizes(const std::string& path) {
+std::string BlobSizeFault(const std::string& path) {
   std::uint64_t fileBytes = 0;
   const std::optional<CaptureHeader> header = PeekHeader(path, fileBytes);
-  if (!header) return;
+  // The reader has messages for all that ends the work here.
+  if (!header || header->version != kCaptureVersion || header->layoutHash != kCaptureLayoutHash) return {};
   const File file = OpenForReading(path);
-  if (file == nullptr || !SeekTo(file.get(), header->blobTableOffset)) return;
+  if (file == nullptr || !SeekTo(file.get(), header->blobTableOffset)) return {};
   std::uint64_t total = 0;
   for (std::uint32_t i = 0; i < header->blobCount; ++i) {
     CaptureBlob blob;
-    if (!ReadBytes(file.get(), &blob, sizeof blob) || blob.size > fileBytes)
-      return;  // the reader has messages for these
+    if (!ReadBytes(file.get(), &blob, sizeof blob) || blob.size > fileBytes) return {};
     total += blob.size;
     if (total > fileBytes) {
-      throw CommandFailure{kRefused, Format("%s: the blobs' sizes add up to more than the file's %llu bytes",
-                                            path.c_str(), static_cast<unsigned long long>(fileBytes))};
+      return Format("the blobs' sizes add up to more than the file's %llu bytes",
+                    static_cast<unsigned long long>(fileBytes));
     }
+  }
+  return {};
+}
+
+void CheckBlobSizes(const std::string& path) {
+  if (const std::string fault = BlobSizeFault(path); !fault.empty()) {
+    throw CommandFailure{kRefused, path + ": " + fault};
   }
 }
 

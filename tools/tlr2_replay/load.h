@@ -13,10 +13,13 @@ namespace tlr2::tool {
 /// Reads and validates. Fails the command with exit code 3 and the reader's or the check's own message.
 CaptureContents LoadCapture(const std::string& path);
 
-/// The header of a file that the reader would go on with; also the file's size, 0 where it cannot be read.
+/// The header of a file that begins as a capture does, of whatever version; also the file's size, 0 where it cannot be
+/// read.
 std::optional<CaptureHeader> PeekHeader(const std::string& path, std::uint64_t& fileBytes);
-/// Fails the command with exit code 3 when the blob table's sizes add up to more than the file has: payloads that
-/// overlap would make a small file take any amount of memory. Other faults are left to the reader.
+/// What is wrong when the blob table's sizes add up to more than the file has: payloads that overlap would make a small
+/// file take any amount of memory. Empty otherwise; other faults are left to the reader.
+std::string BlobSizeFault(const std::string& path);
+/// Fails the command with exit code 3 for such a fault.
 void CheckBlobSizes(const std::string& path);
 
 }  // namespace tlr2::tool

@@ -13,17 +13,31 @@ namespace {
 
 constexpr const char* kPartEnding = ".part";
 
-bool IsSameFile(const std::string& a, const std::string& b) {
+// The standard's paths do not take every name that the system's own functions take on Windows: such a name is then no
+// more than its text.
+
+bool IsSameFile(const std::string& a, const std::string& b) try {
   std::error_code error;
   return std::filesystem::equivalent(a, b, error) && !error;
+} catch (const std::filesystem::filesystem_error&) {
+  return a == b;
+}
+
+bool IsDeviceOrPipe(const std::string& path) try {
+  std::error_code error;
+  return std::filesystem::is_other(path, error);
+} catch (const std::filesystem::filesystem_error&) {
+  return false;
 }
 
 /// The file that gets the bytes: what a link points to, and not the link, is replaced.
-std::string BehindLinks(const std::string& path) {
+std::string BehindLinks(const std::string& path) try {
   std::error_code error;
   if (!std::filesystem::is_symlink(path, error)) return path;
   const std::filesystem::path target = std::filesystem::canonical(path, error);
   return error ? path : target.string();
+} catch (const std::filesystem::filesystem_error&) {
+  return path;
 }
 
 }  // namespace
@@ -35,8 +49,7 @@ void RefuseToReplace(const std::string& input, const std::string& path) {
 }
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
-  std::error_code error;
-  const bool straight = std::filesystem::is_other(path_, error);
+  const bool straight = IsDeviceOrPipe(path_);
   final_ = straight ? path_ : BehindLinks(path_);
   part_ = straight ? path_ : final_ + kPartEnding;
   file_ = std::fopen(part_.c_str(), "wb");
