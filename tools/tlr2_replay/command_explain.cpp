@@ -205,6 +205,7 @@ int RunExplain(const Words& words) {
   line.app.add_option("--pixel", pixel, "The pixel, as x,y from the top left")->required();
   line.app.add_option("--frame", frame, "The frame, counted from 0")->capture_default_str();
   arguments.AddTo(line.app);
+  line.app.remove_option(line.app.get_option("--cutoff"));  // the picture is needed whole
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   const std::size_t comma = pixel.find(',');
@@ -213,7 +214,7 @@ int RunExplain(const Words& words) {
   if (!x || !y || *x > INT32_MAX || *y > INT32_MAX) FailUsage("'" + pixel + "' is no pixel such as 100,20");
   SessionOptions options = arguments.Options();
   options.keepStart = options.keepKnown = true;
-  if (options.cutoff != 5) FailUsage("explain needs the whole pipeline: no --cutoff");
+  if (options.cutoff != 5) FailUsage("explain needs the whole pipeline: PipelineCutoff=5");
 
   CaptureContents capture = LoadCapture(file);
   SelectFrames(std::to_string(frame), static_cast<std::uint32_t>(capture.streams.size()));

@@ -25,7 +25,9 @@ std::optional<int> CommandLine::Parse(const Words& words) {
     std::fputs(app.help().c_str(), stdout);
     return kDone;
   } catch (const CLI::ParseError& error) {
-    FailUsage(error.what());
+    // The name is "tlr2_replay <command>".
+    const std::string name = app.get_name().substr(app.get_name().find(' ') + 1);
+    FailUsage(name + ": " + error.what() + "\nTry 'tlr2_replay help " + name + "'.");
   }
   BeginLimits(maxMemoryMiB, maxSeconds);
   return std::nullopt;

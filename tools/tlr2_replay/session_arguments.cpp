@@ -26,6 +26,7 @@ std::int32_t ParseCutoff(const std::string& text) {
   FailUsage("'" + text + "' is no stage: command-stream, packets, triangles, prep, bin, full, or 0 to 5");
 }
 
+// The messages name values, not options: other commands and the second side have these under other names.
 std::pair<SettingWord DriverSettings::*, std::int32_t> ParseSetting(const std::string& text) {
   const std::size_t equals = text.find('=');
   const std::string name = text.substr(0, equals);
@@ -34,7 +35,7 @@ std::pair<SettingWord DriverSettings::*, std::int32_t> ParseSetting(const std::s
     std::int32_t value = 0;
     if (equals == std::string::npos || !ParseSigned(text.substr(equals + 1), value) || value < setting.minimum ||
         value > setting.maximum)
-      FailUsage("--set " + name + "=VALUE takes " + std::to_string(setting.minimum) + " to " +
+      FailUsage("the setting " + name + " takes " + std::to_string(setting.minimum) + " to " +
                 std::to_string(setting.maximum));
     return {setting.word, value};
   }
@@ -81,10 +82,15 @@ SessionOptions SessionArguments::Options() const {
   if (!cutoff.empty()) options.cutoff = ParseCutoff(cutoff);
   if (!threads.empty()) {
     const auto count = ParseNumber(threads);
-    if (!count || *count > kMostThreads) FailUsage("--threads takes 0 to " + std::to_string(kMostThreads));
+    if (!count || *count > kMostThreads)
+      FailUsage("'" + threads + "' is no task count: 0 to " + std::to_string(kMostThreads));
     options.threads = static_cast<std::int32_t>(*count);
   }
-  if (!kernelMode.empty()) options.settings.push_back(ParseSetting("KernelMode=" + kernelMode));
+  if (!kernelMode.empty()) {
+    const auto mode = ParseNumber(kernelMode);
+    if (!mode || *mode > 2) FailUsage("'" + kernelMode + "' is no kernel mode: 0, 1 or 2");
+    options.settings.push_back({&DriverSettings::kernelMode, static_cast<std::int32_t>(*mode)});
+  }
   // These two have options of their own; as settings they say the same.
   std::erase_if(options.settings, [&](const auto& setting) {
     if (setting.first == &DriverSettings::forceIsa) {

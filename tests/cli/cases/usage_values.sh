@@ -1,0 +1,4 @@
+# Messages name the value: the option has another name on the second side and in lists.
+for words in "diff --b-threads x" "bench --thread-counts 1,x" "render --format hash --kernel-mode 3" "diff --b-kernel-mode=-1" "diff --b-set ForceFilter=9"; do
+  tlr2_replay $words small.tlr2-capture; echo $?
+done
