@@ -108,7 +108,7 @@ TEST_F(TraceFile, ManyLinesArriveInOrderAcrossBlocks) {
   constexpr int kCalls = 12000;  // about 800 KB, three blocks and a rest
   OpenTrace(0, 0, "UI", false);
   for (int i = 0; i < kCalls; ++i) glFogi(0x0B62, i);
-  EXPECT_EQ(BytesOf("TLR2_trace_frame0.tlr2-trace"), "") << "the stream holds more than these lines back";
+  EXPECT_LT(BytesOf("TLR2_trace_frame0.tlr2-trace").size(), 100u) << "the stream holds more than these lines back";
   EndTrace();
   const std::vector<std::string> lines = LinesOf(BytesOf("TLR2_trace_frame0.tlr2-trace"));
   ASSERT_EQ(lines.size(), kCalls + 2u);
