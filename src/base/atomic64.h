@@ -10,18 +10,6 @@ namespace tlr2 {
 using Counter64 = std::atomic<std::uint64_t>;
 static_assert(sizeof(Counter64) == 8);
 
-/// What the loop below starts from. A guess may be torn: then the first exchange fails and brings the true value. Read
-/// as two words where a whole read would go through a vector register and the stack.
-inline std::uint64_t CounterGuess(const Counter64& counter) noexcept {
-#if UINTPTR_MAX == 0xFFFFFFFFu
-  const auto* halves = reinterpret_cast<const std::atomic<std::uint32_t>*>(&counter);
-  return halves[0].load(std::memory_order_relaxed) |
-         static_cast<std::uint64_t>(halves[1].load(std::memory_order_relaxed)) << 32;
-#else
-  return counter.load(std::memory_order_relaxed);
-#endif
-}
-
 inline void CounterAdd(Counter64& counter, std::uint64_t amount) noexcept {
 #if UINTPTR_MAX == 0xFFFFFFFFu
   // By hand: compilers take the sum through the stack on its way to the exchange. The first guess is read as two words

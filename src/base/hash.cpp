@@ -9,77 +9,19 @@
 #include "base/hash.h"
 
 #include <cstring>
-#include <utility>
+
+#include "base/hash_planes.h"
 
 namespace tlr2 {
 namespace {
 
-using Plane = std::uint64_t __attribute__((vector_size(16)));
-using PlaneBytes = std::uint8_t __attribute__((vector_size(16)));
-using PlaneHalves = std::uint16_t __attribute__((vector_size(16)));
-using PlaneWords = std::uint32_t __attribute__((vector_size(16)));
-#define TLR2_INLINE [[gnu::always_inline]] inline  // the planes stay in registers only in one function
+using namespace planes;
+using Plane = Plane16;
 
 constexpr std::size_t kBlockBytes = 128;  // eight rows of sixteen
 constexpr std::size_t kGroupBlocks = 8;
 constexpr std::size_t kGroupBytes = kBlockBytes * kGroupBlocks;
 constexpr int kChains = 4;
-
-TLR2_INLINE Plane Splat(std::uint32_t byte) noexcept {
-  const std::uint32_t word = byte * 0x01010101u;
-  return (Plane)PlaneWords{word, word, word, word};
-}
-
-/// Byte i of the result is byte i - Count of `plane`; the first ones are 0.
-template <int Count>
-TLR2_INLINE Plane ShiftUp(Plane plane) noexcept {
-  const PlaneBytes zero = {}, bytes = (PlaneBytes)plane;
-  return [&]<int... I>(std::integer_sequence<int, I...>) {
-    return (Plane)__builtin_shufflevector(zero, bytes, (I < Count ? I : 16 + I - Count)...);
-  }(std::make_integer_sequence<int, 16>());
-}
-
-template <int Shift>
-TLR2_INLINE void SwapBits(Plane& a, Plane& b, std::uint8_t mask) noexcept {
-  const Plane difference = ((a >> Shift) ^ b) & Splat(mask);
-  b ^= difference;
-  a ^= difference << Shift;
-}
-
-/// Eight rows to eight planes: bit m of byte j of plane k is bit k of byte j of row m.
-TLR2_INLINE void ToPlanes(Plane* rows) noexcept {
-  SwapBits<4>(rows[0], rows[4], 0x0F);
-  SwapBits<4>(rows[1], rows[5], 0x0F);
-  SwapBits<4>(rows[2], rows[6], 0x0F);
-  SwapBits<4>(rows[3], rows[7], 0x0F);
-  SwapBits<2>(rows[0], rows[2], 0x33);
-  SwapBits<2>(rows[1], rows[3], 0x33);
-  SwapBits<2>(rows[4], rows[6], 0x33);
-  SwapBits<2>(rows[5], rows[7], 0x33);
-  SwapBits<1>(rows[0], rows[1], 0x55);
-  SwapBits<1>(rows[2], rows[3], 0x55);
-  SwapBits<1>(rows[4], rows[5], 0x55);
-  SwapBits<1>(rows[6], rows[7], 0x55);
-}
-
-TLR2_INLINE Plane Majority(Plane a, Plane b, Plane c) noexcept { return (a & b) | (c & (a | b)); }
-
-/// Runs one plane: `change` says at which places the running bit flips, `low` holds its first value in bit `k` and
-/// takes its last. Returns the bit as it stands before each place.
-TLR2_INLINE Plane RunPlane(Plane change, int k, std::uint32_t& low) noexcept {
-  change ^= ShiftUp<1>(change);
-  change ^= ShiftUp<2>(change);
-  change ^= ShiftUp<4>(change);
-  change ^= ShiftUp<8>(change);
-  // Each row by itself so far; the last byte has the rows' sums, of which the running xor starts each row.
-  std::uint32_t rows = static_cast<std::uint32_t>(((PlaneHalves)change)[7]) >> 8;
-  rows ^= rows << 1;
-  rows ^= rows << 2;
-  rows ^= rows << 4;
-  const std::uint32_t first = 0u - (low >> k & 1);
-  low ^= (rows >> 7 & 1) << k;
-  return ShiftUp<1>(change) ^ Splat((rows << 1 ^ first) & 0xFF);
-}
 
 /// A group of blocks goes through plane by plane: within a block each plane waits for the one below, across blocks
 /// only one bit is handed on, so the blocks' work overlaps.
@@ -132,15 +74,6 @@ std::uint32_t LowByteAfter(std::uint32_t low, const std::uint8_t* bytes, std::si
     StepPlane<7>(group, low);
   }
   return low;
-}
-
-std::uint32_t PrimePower(std::size_t exponent) noexcept {
-  std::uint32_t result = 1, factor = kFnvPrime;
-  for (; exponent != 0; exponent >>= 1) {
-    if ((exponent & 1) != 0) result *= factor;
-    factor *= factor;
-  }
-  return result;
 }
 
 }  // namespace

@@ -13,12 +13,12 @@
 #include <cstring>
 #include <utility>
 
-#include "base/hash.h"
-
-#define TLR2_INLINE [[gnu::always_inline]] inline  // vectors stay in registers only in one function
+#include "base/hash_planes.h"
 
 namespace tlr2 {
 namespace {
+
+using namespace planes;
 
 constexpr int kWidth = 32;
 constexpr int kHalves = kWidth / 16, kWordLanes = kWidth / 4;
@@ -27,16 +27,9 @@ constexpr std::size_t kSegments = kWidth * 8;
 constexpr std::size_t kChunkBytes = kSegments * kSegmentBytes;
 
 using HalfBytes = std::uint8_t __attribute__((vector_size(16)));
-using HalfWords = std::uint32_t __attribute__((vector_size(16)));
-using HalfPlane = std::uint64_t __attribute__((vector_size(16)));
 using Plane = std::uint64_t __attribute__((vector_size(kWidth)));
 using Words = std::uint32_t __attribute__((vector_size(kWidth)));
 using Bytes = std::uint8_t __attribute__((vector_size(kWidth)));
-
-TLR2_INLINE HalfPlane SplatHalf(std::uint32_t byte) noexcept {
-  const std::uint32_t word = byte * 0x01010101u;
-  return (HalfPlane)HalfWords{word, word, word, word};
-}
 
 /// Each element of 16-byte halves: the lower ones of both in turn, or the upper ones.
 template <typename Vector, bool Upper, int... I>
@@ -61,30 +54,6 @@ TLR2_INLINE Bytes LoadSegments(const std::uint8_t* at, std::size_t stride) noexc
   std::memcpy(&second, at + stride * kSegmentBytes, sizeof second);
   return __builtin_shufflevector(first, second, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
                                  20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
-}
-
-template <int Shift>
-TLR2_INLINE void SwapBits(Plane& a, Plane& b, std::uint32_t mask) noexcept {
-  const std::uint64_t wide = mask * 0x0101010101010101u;
-  const Plane difference = ((a >> Shift) ^ b) & wide;
-  b ^= difference;
-  a ^= difference << Shift;
-}
-
-/// Eight rows to eight planes, and back: bit m of byte j of plane k is bit k of byte j of row m.
-TLR2_INLINE void ToPlanes(Plane* rows) noexcept {
-  SwapBits<4>(rows[0], rows[4], 0x0F);
-  SwapBits<4>(rows[1], rows[5], 0x0F);
-  SwapBits<4>(rows[2], rows[6], 0x0F);
-  SwapBits<4>(rows[3], rows[7], 0x0F);
-  SwapBits<2>(rows[0], rows[2], 0x33);
-  SwapBits<2>(rows[1], rows[3], 0x33);
-  SwapBits<2>(rows[4], rows[6], 0x33);
-  SwapBits<2>(rows[5], rows[7], 0x33);
-  SwapBits<1>(rows[0], rows[1], 0x55);
-  SwapBits<1>(rows[2], rows[3], 0x55);
-  SwapBits<1>(rows[4], rows[5], 0x55);
-  SwapBits<1>(rows[6], rows[7], 0x55);
 }
 
 /// A chunk's bytes, bit by bit. Segment 128 h + 16 m + j is bit m of byte j of half h of each vector.
@@ -121,37 +90,6 @@ TLR2_INLINE void LoadChunk(const std::uint8_t* bytes, Chunk& chunk) noexcept {
   }
 }
 
-/// Byte i of the result is byte i - Count of `plane`; the first ones are 0.
-template <int Count, int... I>
-TLR2_INLINE HalfPlane ShiftUp(const HalfPlane& plane, std::integer_sequence<int, I...>) noexcept {
-  const HalfBytes zero = {}, bytes = (HalfBytes)plane;
-  return (HalfPlane)__builtin_shufflevector(zero, bytes, (I < Count ? I : 16 + I - Count)...);
-}
-template <int Count>
-TLR2_INLINE HalfPlane ShiftUp(const HalfPlane& plane) noexcept {
-  return ShiftUp<Count>(plane, std::make_integer_sequence<int, 16>());
-}
-
-/// From the segments that flip the running bit to the bit before each; `low` has its first value in bit `k` and takes
-/// its last.
-TLR2_INLINE HalfPlane RunSegments(HalfPlane flips, int k, std::uint32_t& low) noexcept {
-  flips ^= ShiftUp<1>(flips);
-  flips ^= ShiftUp<2>(flips);
-  flips ^= ShiftUp<4>(flips);
-  flips ^= ShiftUp<8>(flips);
-  // Each row of 16 by itself so far; the last byte has the rows' sums, of which the running xor starts each row.
-  using Halves = std::uint16_t __attribute__((vector_size(16)));
-  std::uint32_t rows = static_cast<std::uint32_t>(((Halves)flips)[7]) >> 8;
-  rows ^= rows << 1;
-  rows ^= rows << 2;
-  rows ^= rows << 4;
-  const std::uint32_t first = 0u - (low >> k & 1);
-  low ^= (rows >> 7 & 1) << k;
-  return ShiftUp<1>(flips) ^ SplatHalf((rows << 1 ^ first) & 0xFF);
-}
-
-TLR2_INLINE Plane Majority(const Plane& a, const Plane& b, const Plane& c) noexcept { return (a & b) | (c & (a | b)); }
-
 /// Bit `K` of 0x93 x = 3x + 16x + 128x, but for the factor's own bit K, flips the running bit.
 template <int K>
 TLR2_INLINE void StepPlane(Chunk& chunk, std::uint32_t& low) noexcept {
@@ -176,9 +114,9 @@ TLR2_INLINE void StepPlane(Chunk& chunk, std::uint32_t& low) noexcept {
     if constexpr (K >= 7) flips ^= x(K - 7);
     run ^= flips;
   }
-  HalfPlane halves[kHalves];
+  Plane16 halves[kHalves];
   std::memcpy(halves, &run, sizeof run);
-  for (HalfPlane& half : halves) half = RunSegments(half, K, low);
+  for (Plane16& half : halves) half = RunPlane(half, K, low);
   std::memcpy(&chunk.starts[K], halves, sizeof run);
 }
 
@@ -199,15 +137,6 @@ TLR2_INLINE void LowBytes(const std::uint8_t* bytes, std::uint32_t& low, std::ui
     const auto* row = reinterpret_cast<const std::uint8_t*>(&chunk.starts[m]);
     for (int h = 0; h < kHalves; ++h) std::memcpy(lows + 128 * h + 16 * m, row + 16 * h, 16);
   }
-}
-
-constexpr std::uint32_t PrimePower(std::size_t exponent) noexcept {
-  std::uint32_t result = 1, factor = kFnvPrime;
-  for (; exponent != 0; exponent >>= 1) {
-    if ((exponent & 1) != 0) result *= factor;
-    factor *= factor;
-  }
-  return result;
 }
 
 /// Four bytes of each lane's segment, the first in the lowest bits.

@@ -43,16 +43,7 @@ int main(int count, char** arguments) {
   const HANDLE file = CreateFileA(arguments[1], GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
   if (file == INVALID_HANDLE_VALUE) return 4;
   const tlr2::test::TestWindow window(kWidth, kHeight);
-  PIXELFORMATDESCRIPTOR format = {};
-  format.nSize = sizeof format;
-  format.nVersion = 1;
-  format.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
-  format.cColorBits = 32;
-  format.cDepthBits = 24;
-  const int chosen = ChoosePixelFormat(window.deviceContext(), &format);
-  SetPixelFormat(window.deviceContext(), chosen, &format);
-  const HGLRC context = wglCreateContext(window.deviceContext());
-  if (context == nullptr || !wglMakeCurrent(window.deviceContext(), context)) return 4;
+  if (window.OpenContext() == nullptr) return 4;
   glViewport(0, 0, kWidth, kHeight);
   for (std::uint32_t frame = 0;;) {
     DrawFrame(frame);

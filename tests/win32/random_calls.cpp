@@ -15,15 +15,8 @@ int main(int count, char** arguments) {
   if (count != 3) return 2;
   const auto seed = static_cast<std::uint32_t>(std::strtoul(arguments[1], nullptr, 10));
   const tlr2::test::TestWindow window(320, 240);
-  PIXELFORMATDESCRIPTOR format = {};
-  format.nSize = sizeof format;
-  format.nVersion = 1;
-  format.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
-  format.cColorBits = 32;
-  format.cDepthBits = 24;
-  SetPixelFormat(window.deviceContext(), ChoosePixelFormat(window.deviceContext(), &format), &format);
-  const HGLRC context = wglCreateContext(window.deviceContext());
-  if (context == nullptr || !wglMakeCurrent(window.deviceContext(), context)) return 4;
+  const HGLRC context = window.OpenContext();
+  if (context == nullptr) return 4;
   tlr2::test::RandomProgram(seed, std::atoi(arguments[2]), true)(window.deviceContext());
   wglMakeCurrent(nullptr, nullptr);
   wglDeleteContext(context);

@@ -19,7 +19,7 @@ FRAMES = 12
 
 
 def verify(tool, program, seed, isa):
-    """Returns the frames that were judged and those that differ; None where the processor lacks the target."""
+    """Returns the tool's report of a captured program."""
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         environment = dict(os.environ, TLR2_CAPTURE_FRAMES=f"0-{FRAMES - 1}", TLR2_CAPTURE_REFERENCE_PIXELS="1",
@@ -34,7 +34,7 @@ def verify(tool, program, seed, isa):
         run = subprocess.run([tool, "verify", "--json", "--isa", isa, captures[0]], capture_output=True, text=True)
         if run.returncode not in (0, 1):
             raise SystemExit("random_captures: " + run.stderr)
-        return json.loads(run.stdout), run.returncode
+        return json.loads(run.stdout)
 
 
 def main():
@@ -52,14 +52,13 @@ def main():
             print(f"SKIPPED: {isa}, which this processor lacks")
             continue
         for seed in range(1, options.seeds + 1):
-            report, code = verify(options.tool.resolve(), options.program.resolve(), seed, isa)
+            report = verify(options.tool.resolve(), options.program.resolve(), seed, isa)
             judged += 1
-            if code != 0:
+            # Nothing less: every frame is there, and every pixel of it was judged.
+            if report["verdict"] != "identical" or len(report["frames"]) != FRAMES:
                 bad += 1
-                print(f"{isa}, seed {seed}: differs: {json.dumps(report)}", file=sys.stderr)
-            elif os.environ.get("VERBOSE"):
-                print(json.dumps(report))
-    print(f"{judged} captures of {FRAMES} frames drawn again, {bad} with a differing pixel")
+                print(f"{isa}, seed {seed}: {json.dumps(report)}", file=sys.stderr)
+    print(f"{judged} captures of {FRAMES} frames drawn again, {bad} not identical in every pixel")
     return 1 if bad or judged == 0 else 0
 
 

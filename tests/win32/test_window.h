@@ -35,6 +35,20 @@ class TestWindow {
   HWND handle() const { return window_; }
   HDC deviceContext() const { return deviceContext_; }
 
+  /// A context, made current, of a format with colour and depth; null where there is none. By the platform's names,
+  /// which the program must link.
+  HGLRC OpenContext() const {
+    PIXELFORMATDESCRIPTOR format = {};
+    format.nSize = sizeof format;
+    format.nVersion = 1;
+    format.dwFlags = PFD_DRAW_TO_WINDOW | PFD_SUPPORT_OPENGL | PFD_DOUBLEBUFFER;
+    format.cColorBits = 32;
+    format.cDepthBits = 24;
+    SetPixelFormat(deviceContext_, ChoosePixelFormat(deviceContext_, &format), &format);
+    const HGLRC context = wglCreateContext(deviceContext_);
+    return context != nullptr && wglMakeCurrent(deviceContext_, context) != FALSE ? context : nullptr;
+  }
+
   static void Pump() {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
