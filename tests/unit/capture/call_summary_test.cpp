@@ -176,6 +176,18 @@ TEST_F(CallSummary, ItIsWrittenAtEachSixtiethFrameAlone) {
   EXPECT_NE(BytesOf(kSummary), kNoFile);
 }
 
+TEST_F(CallSummary, ItIsWrittenForTheFirstTimeWhenTheFrameNumberReachesSixty) {
+  currentFrame = 0;
+  for (int frame = 1; frame < 60; ++frame) {
+    wglSwapBuffers(nullptr);
+    ASSERT_EQ(BytesOf(kSummary), kNoFile) << "frame " << frame;
+  }
+  wglSwapBuffers(nullptr);
+  EXPECT_EQ(currentFrame.load(), 60);
+  // That of this swap too: a call is counted before it does its work.
+  EXPECT_NE(BytesOf(kSummary).find("\n    wglSwapBuffers                   :             60\n"), std::string::npos);
+}
+
 TEST_F(CallSummary, WhereNoFileCanBeMadeNothingHappens) {
   std::filesystem::create_directory(kSummary);
   WriteCallSummary();

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "api/state/driver_state.h"
+#include "platform/clock.h"
+#include "platform/thread_block.h"
 #include "scratch_folder.h"
 #include "settings/profile_tree.h"
 #include "settings/profiler.h"
@@ -307,6 +309,60 @@ TEST_F(Frame, EveryTileOfTheGridCountsAScopeWhetherOrNotItHasTriangles) {
   EXPECT_EQ(ProfiledCalls("tlr2::RasterizeTile") - micros, 13u * 9u);
   EXPECT_EQ(ProfiledCalls("tlr2::RenderMacroTile") - macros, 4u * 3u);
 }
+
+void Spin(std::int64_t milliseconds) {
+  const std::int64_t until = TicksNow() + milliseconds * TicksPerSecond() / 1000;
+  while (TicksNow() < until) {
+  }
+}
+
+/// Two tiles take their time, in macro tiles that lie beside each other.
+void UnevenKernel(const KernelFrameArgs*, std::int32_t x0, std::int32_t y0, std::int32_t, std::int32_t,
+                  const std::uint32_t*, std::int32_t, float*) {
+  if (y0 == 0) Spin(x0 == 0 ? 4 : x0 == 32 ? 2 : 0);
+}
+
+/// The node of a name below `node`; null without one.
+const ProfileNode* NodeBelow(const ProfileNode* node, const std::string& name) {
+  for (const ProfileNode* child = node->firstChild; child != nullptr; child = child->nextSibling) {
+    if (child->name == name) return child;
+    if (const ProfileNode* found = NodeBelow(child, name)) return found;
+  }
+  return nullptr;
+}
+
+TEST_F(Frame, TilesTimesAreThoseOfSingleTilesAndAddUpInsideTheirParents) {
+  Grid(64, 64);  // 8 by 8 micro tiles, 2 by 2 macro tiles
+  Target target(64, 64);
+  AddTriangle(0, 0, 12, 0, 0, 12);
+  AddTriangle(33, 0, 45, 0, 33, 12);
+  ProfileReset();
+  Render(target, {UnevenKernel, 1});
+  const ProfileNode* const frame = NodeBelow(CurrentThreadGuard().profileRoot, "tlr2::RenderFrame");
+  ASSERT_NE(frame, nullptr);
+  const ProfileNode* const task = NodeBelow(frame, "tlr2::WorkerLoopEntry");
+  ASSERT_NE(task, nullptr);
+  const ProfileNode* const macro = NodeBelow(task, "tlr2::RenderMacroTile");
+  ASSERT_NE(macro, nullptr);
+  const ProfileNode* const micro = NodeBelow(macro, "tlr2::RasterizeTile");
+  ASSERT_NE(micro, nullptr);
+  EXPECT_EQ(task->calls.load(), 1u);
+  EXPECT_EQ(macro->calls.load(), 4u);
+  EXPECT_EQ(micro->calls.load(), 64u);
+  // However the system interrupts this, the slow tiles are two, and the figures of one never hold those of another.
+  const auto ms = static_cast<std::uint64_t>(TicksPerSecond() / 1000);
+  for (const ProfileNode* tiles : {micro, macro}) {
+    EXPECT_GE(tiles->totalTicks.load(), 6 * ms) << tiles->name;
+    EXPECT_GE(tiles->maxTicks.load(), 4 * ms) << tiles->name;
+    EXPECT_LE(tiles->maxTicks.load(), tiles->totalTicks.load() - 2 * ms) << tiles->name;
+  }
+  EXPECT_EQ(micro->minTicks.load(), 0u);
+  EXPECT_LE(macro->minTicks.load(), (macro->totalTicks.load() - 6 * ms) / 2);
+  EXPECT_GE(macro->maxTicks.load(), micro->maxTicks.load());
+  EXPECT_GE(macro->totalTicks.load(), micro->totalTicks.load());
+  EXPECT_GE(task->totalTicks.load(), macro->totalTicks.load());
+  EXPECT_GE(frame->totalTicks.load(), task->totalTicks.load());
+}
 #endif
 
 TEST_F(Frame, AGridLargerThanTheSurfaceStaysInsideTheSurface) {
@@ -527,6 +583,8 @@ TEST(DiscoveryReport, SumsTheActiveRecordsInFixedLines) {
             "  worker imbalance (micros):   min=100 max=300 max/min=3.00x\n");
   b.microsConsidered = 0;
   EXPECT_NE(Report().find("min=0 max=100 max/min=0.00x\n"), std::string::npos);
+  a.microsConsidered = a.microsEdgeRejected = b.microsEdgeRejected = 0;
+  EXPECT_NE(Report().find("  micros edge-rejected:        0 (0.0%)\n"), std::string::npos) << "no share of nothing";
 }
 
 }  // namespace
