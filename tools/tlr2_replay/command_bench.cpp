@@ -238,28 +238,19 @@ int RunBench(const Words& words) {
   Plan plan;
   SessionArguments arguments;
   line.AddFile(file);
-  line.app.add_option("--frames", frames, "Frames to time, as in 0-9,20; all without it. Frames between are drawn too");
-  line.app.add_option("--isas", targets, "Targets, as in sse4,avx2; or all, or auto")->capture_default_str();
-  line.app.add_option("--thread-counts", threads, "Task counts, as in 1,2,4; 0 for one a processor")
-      ->capture_default_str();
-  line.app.add_option("--warm-up", plan.warmUp, "Passes that are not counted")
-      ->capture_default_str()
-      ->check(CLI::Range(0, kMostPasses));
-  line.app.add_option("--repeats", plan.repeats, "Passes that are counted")
-      ->capture_default_str()
-      ->check(CLI::Range(1, kMostPasses));
-  line.app.add_option("--baseline", baseline,
-                      "CSV or JSON of an earlier run: prints the changes instead; exit code 1 when a whole pass got "
-                      "slower than the threshold");
-  line.app.add_option("--threshold", threshold, "Percent by which a pass may be slower than the baseline")
-      ->capture_default_str();
-  line.app.add_option("--kernel-mode", arguments.kernelMode,
-                      "0 every pixel shaded, 1 adaptive sharing, 2 one pixel in four");
-  line.app.add_option("--set", arguments.set, "A settings word, as in ForceFilter=2; may be given several times")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  line.app.add_option("--cutoff", arguments.cutoff,
-                      "Stop each frame after a stage: command-stream, packets, triangles, prep, bin, full");
+  line.Add("--frames", frames, "Frames to time, as in 0-9,20; all without it. Frames between are drawn too");
+  line.Add("--isas", targets, "Targets, as in sse4,avx2; or all, or auto", {.showsDefault = true});
+  line.Add("--thread-counts", threads, "Task counts, as in 1,2,4; 0 for one a processor", {.showsDefault = true});
+  line.Add("--warm-up", plan.warmUp, "Passes that are not counted",
+           {.showsDefault = true, .range = {{0, kMostPasses}}});
+  line.Add("--repeats", plan.repeats, "Passes that are counted", {.showsDefault = true, .range = {{1, kMostPasses}}});
+  line.Add(
+      "--baseline", baseline,
+      "CSV or JSON of an earlier run: prints the changes instead; exit code 1 when a whole pass got slower than the "
+      "threshold");
+  line.Add("--threshold", threshold, "Percent by which a pass may be slower than the baseline", {.showsDefault = true});
+  arguments.AddSettingsTo(line);
+  arguments.AddCutoffTo(line);
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 

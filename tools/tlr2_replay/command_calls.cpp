@@ -115,10 +115,10 @@ int RunCalls(const Words& words) {
   CommandLine line("calls");
   std::string file, frames, records, primitives, pattern;
   line.AddFile(file);
-  line.app.add_option("--frames", frames, "Frames, as in 0-9,20; all without it");
-  line.app.add_option("--records", records, "Records of each frame, as in 0-9,20");
-  line.app.add_option("--primitives", primitives, "Primitives of each frame, from glBegin to glEnd, as in 0-9,20");
-  line.app.add_option("--grep", pattern, "Only calls whose line matches this regular expression");
+  line.Add("--frames", frames, "Frames, as in 0-9,20; all without it");
+  line.Add("--records", records, "Records of each frame, as in 0-9,20");
+  line.Add("--primitives", primitives, "Primitives of each frame, from glBegin to glEnd, as in 0-9,20");
+  line.Add("--grep", pattern, "Only calls whose line matches this regular expression");
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 

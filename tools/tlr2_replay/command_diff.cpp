@@ -144,19 +144,17 @@ int RunDiff(const Words& words) {
   CommandLine line("diff");
   std::string fileA, fileB, frames, out;
   int tolerance = 0;
-  std::size_t pictures = 20;
+  std::uint32_t pictures = 20;
   SessionArguments both, second;
-  line.app.add_option("FILE", fileA, "Capture file")->required();
-  line.app.add_option("FILE_B", fileB, "Capture file of the second side; the first one again without it");
-  line.app.add_option("--frames", frames, "Frames to compare, as in 0-9,20; without it all that both have");
-  line.app.add_option("--max-diff", tolerance, "Channel differences up to this count as equal")
-      ->check(CLI::Range(0, 255));
-  line.app.add_option("--out", out, "Write a page with the pictures, in one file");
-  line.app.add_option("--pictures", pictures, "Frames with pictures on the page, at most")
-      ->capture_default_str()
-      ->check(CLI::Range(0, kMostPictures));
-  both.AddTo(line.app);
-  second.AddTo(line.app, "b-");
+  line.AddFile(fileA);
+  line.Add("FILE_B", fileB, "Capture file of the second side; the first one again without it");
+  line.Add("--frames", frames, "Frames to compare, as in 0-9,20; without it all that both have");
+  line.Add("--max-diff", tolerance, "Channel differences up to this count as equal", {.range = {{0, 255}}});
+  line.Add("--out", out, "Write a page with the pictures, in one file");
+  line.Add("--pictures", pictures, "Frames with pictures on the page, at most",
+           {.showsDefault = true, .range = {{0, kMostPictures}}});
+  both.AddTo(line);
+  second.AddTo(line, "b-");
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   Side a, b;

@@ -1,5 +1,6 @@
 // explain: how one pixel came about, triangle by triangle.
 #include <cstdio>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "api/state/driver_state.h"
@@ -202,10 +203,10 @@ int RunExplain(const Words& words) {
   std::uint32_t frame = 0;
   SessionArguments arguments;
   line.AddFile(file);
-  line.app.add_option("--pixel", pixel, "The pixel, as x,y from the top left")->required();
-  line.app.add_option("--frame", frame, "The frame, counted from 0")->capture_default_str();
-  arguments.AddTo(line.app);
-  line.app.remove_option(line.app.get_option("--cutoff"));  // the picture is needed whole
+  line.Add("--pixel", pixel, "The pixel, as x,y from the top left", {.required = true});
+  line.Add("--frame", frame, "The frame, counted from 0", {.showsDefault = true});
+  arguments.AddTargetTo(line);
+  arguments.AddSettingsTo(line);  // and no cutoff: the picture is needed whole
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   const std::size_t comma = pixel.find(',');

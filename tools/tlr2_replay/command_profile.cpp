@@ -18,18 +18,13 @@ int RunProfile(const Words& words) {
   std::uint32_t repeats = 1;
   SessionArguments arguments;
   line.AddFile(file);
-  auto* const form =
-      line.app
-          .add_option("--format", format,
-                      "text: the report of the call summary; chrome: JSON for trace viewers; folded: stacks for flame "
-                      "graphs, in nanoseconds")
-          ->check(CLI::IsMember({"text", "chrome", "folded"}))
-          ->capture_default_str();
-  line.app.add_flag("--json", line.json, "The same as --format chrome")->excludes(form);
-  line.app.add_option("--repeats", repeats, "How often to draw the frames")
-      ->check(CLI::Range(1, 100000))
-      ->capture_default_str();
-  arguments.AddTo(line.app);
+  line.Add("--format", format,
+           "text: the report of the call summary; chrome: JSON for trace viewers; folded: stacks for flame graphs, in "
+           "nanoseconds",
+           {.showsDefault = true, .choices = {"text", "chrome", "folded"}});
+  line.AddFlag("--json", line.json, "The same as --format chrome", {.excludes = {"--format"}});
+  line.Add("--repeats", repeats, "How often to draw the frames", {.showsDefault = true, .range = {{1, 100000}}});
+  arguments.AddTo(line);
   if (const auto code = line.Parse(words)) return *code;
   if (line.json) format = "chrome";
 #if TLR2_PROFILING

@@ -153,8 +153,8 @@ void Print(const Recovery& r, bool wasClosed, bool json) {
 int RunRecover(const Words& words) {
   CommandLine line("recover");
   std::string from, to;
-  line.app.add_option("IN", from, "Capture file that was not closed, or was cut")->required();
-  line.app.add_option("OUT", to, "File to write")->required();
+  line.Add("IN", from, "Capture file that was not closed, or was cut", {.required = true});
+  line.Add("OUT", to, "File to write", {.required = true});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
 

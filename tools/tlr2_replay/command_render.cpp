@@ -129,16 +129,13 @@ int RunRender(const Words& words) {
   SessionArguments arguments;
   Output output;
   line.AddFile(file);
-  line.app.add_option("--frames", frames, "Frames to draw, as in 0-9,20; all without it");
-  line.app.add_option("--out", output.folder, "Folder for the files; made when it is not there");
-  line.app
-      .add_option("--format", output.format,
-                  "png; raw for tight rows of BGRA bytes and f32 depths; or hash for no files")
-      ->check(CLI::IsMember({"png", "raw", "hash"}))
-      ->capture_default_str();
-  line.app.add_flag("--depth", output.depth, "The depth buffer too, as a picture from near (white) to far (black)");
-  line.app.add_flag("--each-primitive", eachPrimitive, "The picture after every primitive too");
-  arguments.AddTo(line.app);
+  line.Add("--frames", frames, "Frames to draw, as in 0-9,20; all without it");
+  line.Add("--out", output.folder, "Folder for the files; made when it is not there");
+  line.Add("--format", output.format, "png; raw for tight rows of BGRA bytes and f32 depths; or hash for no files",
+           {.showsDefault = true, .choices = {"png", "raw", "hash"}});
+  line.AddFlag("--depth", output.depth, "The depth buffer too, as a picture from near (white) to far (black)");
+  line.AddFlag("--each-primitive", eachPrimitive, "The picture after every primitive too");
+  arguments.AddTo(line);
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   if (output.Writes() && output.folder.empty())

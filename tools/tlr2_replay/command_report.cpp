@@ -195,16 +195,14 @@ std::string ForScript(const nlohmann::json& json) {
 int RunReport(const Words& words) {
   CommandLine line("report");
   std::string file, frames, mapped, out;
-  std::size_t mostCalls = 100000;
+  std::uint32_t mostCalls = 100000;
   SessionArguments arguments;
   line.AddFile(file);
-  line.app.add_option("--out", out, "The page to write")->required();
-  line.app.add_option("--frames", frames, "Frames on the page, as in 0-9,20; all without it");
-  line.app.add_option("--maps", mapped, "Frames with heat maps; without it the first of the page");
-  line.app.add_option("--calls", mostCalls, "Calls in the list, at most")
-      ->capture_default_str()
-      ->check(CLI::Range(0, kMostCalls));
-  arguments.AddTo(line.app);
+  line.Add("--out", out, "The page to write", {.required = true});
+  line.Add("--frames", frames, "Frames on the page, as in 0-9,20; all without it");
+  line.Add("--maps", mapped, "Frames with heat maps; without it the first of the page");
+  line.Add("--calls", mostCalls, "Calls in the list, at most", {.showsDefault = true, .range = {{0, kMostCalls}}});
+  arguments.AddTo(line);
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   SessionOptions options = arguments.Options();

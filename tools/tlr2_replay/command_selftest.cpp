@@ -77,7 +77,7 @@ std::vector<FrameResult> DrawAll(std::int32_t target, std::int32_t threads, bool
 int RunSelftest(const Words& words) {
   CommandLine line("selftest");
   std::string pictures;
-  line.app.add_option("--out", pictures, "Folder for the pictures that each target drew");
+  line.Add("--out", pictures, "Folder for the pictures that each target drew");
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   if (!pictures.empty()) MakeFolder(pictures);

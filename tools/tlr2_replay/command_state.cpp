@@ -76,10 +76,9 @@ int RunState(const Words& words) {
   std::string file, at;
   std::vector<std::string> pair;
   line.AddFile(file);
-  CLI::Option* single = line.app.add_option("--at", at, "The state before this record, as in 3:120");
-  line.app.add_option("--diff", pair, "What changed between two places; exit code 1 when anything did")
-      ->expected(2)
-      ->excludes(single);
+  line.Add("--at", at, "The state before this record, as in 3:120");
+  line.AddPair("--diff", pair, "What changed between two places; exit code 1 when anything did",
+               {.excludes = {"--at"}});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   if (at.empty() == pair.empty()) FailUsage("state needs --at or --diff");

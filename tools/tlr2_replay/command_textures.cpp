@@ -130,10 +130,10 @@ int RunTextures(const Words& words) {
   std::string file, folder;
   std::optional<std::uint32_t> frame, name, level;
   line.AddFile(file);
-  line.app.add_option("--frame", frame, "The textures as they are when this frame draws; the last frame without it");
-  line.app.add_option("--extract", folder, "Write levels into this folder as texture<name>_level<level>.png");
-  line.app.add_option("--texture", name, "Extract this texture alone");
-  line.app.add_option("--level", level, "Extract this level alone");
+  line.Add("--frame", frame, "The textures as they are when this frame draws; the last frame without it");
+  line.Add("--extract", folder, "Write levels into this folder as texture<name>_level<level>.png");
+  line.Add("--texture", name, "Extract this texture alone");
+  line.Add("--level", level, "Extract this level alone");
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   if (folder.empty() && (name || level)) FailUsage("--texture and --level go with --extract");

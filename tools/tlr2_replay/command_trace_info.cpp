@@ -91,7 +91,7 @@ void PrintText(const std::string& file, const TraceSummary& summary) {
 int RunTraceInfo(const Words& words) {
   CommandLine line("trace-info");
   std::string file;
-  line.app.add_option("FILE", file, "Trace file")->required();
+  line.Add("FILE", file, "Trace file", {.required = true});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   std::ifstream in(file, std::ios::binary);

@@ -234,13 +234,12 @@ void CompareBoundaries(CaptureContents& trimmed, const std::vector<Boundary>& bo
 int RunTrim(const Words& words) {
   CommandLine line("trim");
   std::string from, to, frames, reference = "keep";
-  line.app.add_option("IN", from, "Capture file")->required();
-  line.app.add_option("OUT", to, "File to write")->required();
-  line.app.add_option("--frames", frames, "The frames to keep, as in 3-7")->required();
-  line.app
-      .add_option("--reference", reference,
-                  "Reference pixels: keep those there are, drop them, or draw new ones on this processor's best target")
-      ->capture_default_str();
+  line.Add("IN", from, "Capture file", {.required = true});
+  line.Add("OUT", to, "File to write", {.required = true});
+  line.Add("--frames", frames, "The frames to keep, as in 3-7", {.required = true});
+  line.Add("--reference", reference,
+           "Reference pixels: keep those there are, drop them, or draw new ones on this processor's best target",
+           {.showsDefault = true});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   const References references = ParseReferences(reference);

@@ -224,18 +224,14 @@ int RunVerify(const Words& words) {
   bool allIsas = false;
   SessionArguments arguments;
   line.AddFile(file);
-  line.app.add_option("--frames", frames, "Frames to verify, as in 0-9,20; all without it");
-  line.app.add_option("--max-diff", tolerance.difference, "Channel differences up to this pass")
-      ->check(CLI::Range(0, 255));
-  line.app.add_option("--max-pixels", tolerance.pixels, "Frames with up to this many differing pixels pass");
-  auto* const out = line.app.add_option("--out", pictures,
-                                        "Folder for a difference picture of each frame that fails or that has pixels "
-                                        "which cannot be judged");
-  arguments.AddTo(line.app);
-  line.app
-      .add_flag("--all-isas", allIsas, "A matrix of frames and targets; done when one target draws all as captured")
-      ->excludes(out)
-      ->excludes(line.app.get_option("--isa"));
+  line.Add("--frames", frames, "Frames to verify, as in 0-9,20; all without it");
+  line.Add("--max-diff", tolerance.difference, "Channel differences up to this pass", {.range = {{0, 255}}});
+  line.Add("--max-pixels", tolerance.pixels, "Frames with up to this many differing pixels pass");
+  line.Add("--out", pictures,
+           "Folder for a difference picture of each frame that fails or that has pixels which cannot be judged");
+  arguments.AddTo(line);
+  line.AddFlag("--all-isas", allIsas, "A matrix of frames and targets; done when one target draws all as captured",
+               {.excludes = {"--out", "--isa"}});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
   const SessionOptions options = arguments.Options();

@@ -1,6 +1,7 @@
 // Parsing of options, with messages and exit codes the same for every command.
 #include "tlr2_replay/options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -9,27 +10,75 @@
 
 namespace tlr2::tool {
 
-CommandLine::CommandLine(const char* command)
-    : app(FindCommand(command)->summary, std::string("tlr2_replay ") + command) {
-  app.allow_windows_style_options(false);  // a path may begin with a slash
-  app.add_option("--max-memory", maxMemoryMiB, "End with exit code 4 beyond this much memory, in MiB; 0 for no limit")
-      ->capture_default_str();
-  app.add_option("--max-seconds", maxSeconds, "End with exit code 4 after this time; 0 for no limit")
-      ->capture_default_str();
+namespace {
+
+void Apply(CLI::App& app, CLI::Option& option, const OptionRules& rules) {
+  if (rules.required) option.required();
+  if (rules.range) option.check(CLI::Range(rules.range->first, rules.range->second));
+  if (!rules.choices.empty()) option.check(CLI::IsMember(rules.choices));
+  if (rules.showsDefault) option.capture_default_str();
+  for (const std::string& other : rules.excludes) option.excludes(app.get_option(other));
 }
+
+}  // namespace
+
+CommandLine::CommandLine(const char* command)
+    : app_(std::make_unique<CLI::App>(FindCommand(command)->summary, std::string("tlr2_replay ") + command)) {
+  app_->allow_windows_style_options(false);  // a path may begin with a slash
+  Add("--max-memory", maxMemoryMiB_, "End with exit code 4 beyond this much memory, in MiB; 0 for no limit",
+      {.showsDefault = true});
+  Add("--max-seconds", maxSeconds_, "End with exit code 4 after this time; 0 for no limit", {.showsDefault = true});
+}
+
+CommandLine::~CommandLine() = default;
+
+void CommandLine::Add(const std::string& name, std::string& value, const std::string& text, const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, value, text), rules);
+}
+void CommandLine::Add(const std::string& name, std::uint32_t& value, const std::string& text,
+                      const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, value, text), rules);
+}
+void CommandLine::Add(const std::string& name, std::optional<std::uint32_t>& value, const std::string& text,
+                      const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, value, text), rules);
+}
+void CommandLine::Add(const std::string& name, int& value, const std::string& text, const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, value, text), rules);
+}
+void CommandLine::Add(const std::string& name, double& value, const std::string& text, const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, value, text), rules);
+}
+
+void CommandLine::AddFlag(const std::string& name, bool& value, const std::string& text, const OptionRules& rules) {
+  Apply(*app_, *app_->add_flag(name, value, text), rules);
+}
+
+void CommandLine::AddRepeated(const std::string& name, std::vector<std::string>& values, const std::string& text) {
+  app_->add_option(name, values, text)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void CommandLine::AddPair(const std::string& name, std::vector<std::string>& values, const std::string& text,
+                          const OptionRules& rules) {
+  Apply(*app_, *app_->add_option(name, values, text)->expected(2), rules);
+}
+
+void CommandLine::AddJson() { AddFlag("--json", json, "Report as JSON"); }
+
+void CommandLine::AddFile(std::string& file) { Add("FILE", file, "Capture file", {.required = true}); }
 
 std::optional<int> CommandLine::Parse(const Words& words) {
   try {
-    app.parse(Words(words.rbegin(), words.rend()));  // taken from the back
+    app_->parse(Words(words.rbegin(), words.rend()));  // taken from the back
   } catch (const CLI::CallForHelp&) {
-    std::fputs(app.help().c_str(), stdout);
+    std::fputs(app_->help().c_str(), stdout);
     return kDone;
   } catch (const CLI::ParseError& error) {
     // The name is "tlr2_replay <command>".
-    const std::string name = app.get_name().substr(app.get_name().find(' ') + 1);
+    const std::string name = app_->get_name().substr(app_->get_name().find(' ') + 1);
     FailUsage(name + ": " + error.what() + "\nTry 'tlr2_replay help " + name + "'.");
   }
-  BeginLimits(maxMemoryMiB, maxSeconds);
+  BeginLimits(maxMemoryMiB_, maxSeconds_);
   return std::nullopt;
 }
 

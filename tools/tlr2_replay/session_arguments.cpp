@@ -44,6 +44,9 @@ std::pair<SettingWord DriverSettings::*, std::int32_t> ParseSetting(const std::s
   FailUsage("no setting '" + name + "'; there are " + names);
 }
 
+std::string Dashed(const std::string& prefix, const char* name) { return "--" + prefix + name; }
+std::string SideOf(const std::string& prefix) { return prefix.empty() ? "" : ", on the second side"; }
+
 }  // namespace
 
 std::vector<NamedSetting> NamedSettings() {
@@ -61,18 +64,28 @@ std::int32_t ParseTarget(const std::string& text) {
   FailUsage("'" + text + "' is no target: sse4, avx, avx2, avx512skx or auto");
 }
 
-void SessionArguments::AddTo(CLI::App& app, const std::string& prefix) {
-  const std::string dashes = "--" + prefix;
-  const std::string side = prefix.empty() ? "" : ", on the second side";
-  app.add_option(dashes + "isa", isa, "Target: sse4, avx, avx2, avx512skx, or auto for this processor's best" + side);
-  app.add_option(dashes + "threads", threads, "Tasks a frame is spread over; 0 for one a processor" + side);
-  app.add_option(dashes + "kernel-mode", kernelMode,
-                 "0 every pixel shaded, 1 adaptive sharing, 2 one pixel in four" + side);
-  app.add_option(dashes + "set", set, "A settings word, as in ForceFilter=2; may be given several times" + side)
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  app.add_option(dashes + "cutoff", cutoff,
-                 "Stop each frame after a stage: command-stream, packets, triangles, prep, bin, full" + side);
+void SessionArguments::AddTo(CommandLine& line, const std::string& prefix) {
+  AddTargetTo(line, prefix);
+  AddSettingsTo(line, prefix);
+  AddCutoffTo(line, prefix);
+}
+
+void SessionArguments::AddTargetTo(CommandLine& line, const std::string& prefix) {
+  line.Add(Dashed(prefix, "isa"), isa,
+           "Target: sse4, avx, avx2, avx512skx, or auto for this processor's best" + SideOf(prefix));
+  line.Add(Dashed(prefix, "threads"), threads, "Tasks a frame is spread over; 0 for one a processor" + SideOf(prefix));
+}
+
+void SessionArguments::AddSettingsTo(CommandLine& line, const std::string& prefix) {
+  line.Add(Dashed(prefix, "kernel-mode"), kernelMode,
+           "0 every pixel shaded, 1 adaptive sharing, 2 one pixel in four" + SideOf(prefix));
+  line.AddRepeated(Dashed(prefix, "set"), set,
+                   "A settings word, as in ForceFilter=2; may be given several times" + SideOf(prefix));
+}
+
+void SessionArguments::AddCutoffTo(CommandLine& line, const std::string& prefix) {
+  line.Add(Dashed(prefix, "cutoff"), cutoff,
+           "Stop each frame after a stage: command-stream, packets, triangles, prep, bin, full" + SideOf(prefix));
 }
 
 SessionOptions SessionArguments::Options() const {

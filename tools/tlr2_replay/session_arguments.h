@@ -15,7 +15,11 @@ struct SessionArguments {
   std::vector<std::string> set;  // Name=Value
 
   /// Adds --isa, --threads, --kernel-mode, --set and --cutoff; with `prefix` "b-" they are --b-isa and so on.
-  void AddTo(CLI::App& app, const std::string& prefix = "");
+  void AddTo(CommandLine& line, const std::string& prefix = "");
+  /// Its parts, for commands that do not take all: --isa and --threads; --kernel-mode and --set; --cutoff.
+  void AddTargetTo(CommandLine& line, const std::string& prefix = "");
+  void AddSettingsTo(CommandLine& line, const std::string& prefix = "");
+  void AddCutoffTo(CommandLine& line, const std::string& prefix = "");
   /// Fails as wrong usage for unknown words and values out of range.
   SessionOptions Options() const;
   /// The options given here over those of `base`.
