@@ -14,11 +14,15 @@ for mix in constant mixed; do
 done
 TLR2_KERNEL_TILES=1000000 build/native/tests/kernels/test_kernels --gtest_filter='*Differential*' --gtest_brief=1
 build/native/bench/bench_entry_budget --check
+cmake --preset native32 -DTLR2_BENCH=ON >/dev/null
+cmake --build build/native32 -j "$(nproc)" --target bench_entry_budget >/dev/null
+build/native32/bench/bench_entry_budget --check
 bash tools/dev/fuzz.sh 1800
 bash tools/dev/setup_rig.sh
-cmake --preset win32 >/dev/null
+cmake --preset win32 -DTLR2_BENCH=ON >/dev/null
 cmake --build build/win32 -j "$(nproc)" --target opengl32 win32_endless win32_random_calls win32_driver_beside \
-  >/dev/null
+  bench_entry_budget >/dev/null
+tools/dev/run_wine.sh build/win32/bench/bench_entry_budget.exe --check
 tools/dev/run_wine.sh --session python3 tests/win32/kills.py build/native/bin/tlr2_replay
 tools/dev/run_wine.sh --session python3 tests/win32/random_captures.py build/native/bin/tlr2_replay
 bash tools/dev/real_programs.sh
