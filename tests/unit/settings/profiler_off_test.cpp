@@ -16,14 +16,24 @@
 
 namespace {
 
+namespace off = tlr2_without_profiling;
+
 TEST(ProfilerOff, ScopesAreNothingAndReportsAreEmpty) {
   {
-    const tlr2_without_profiling::ScopeTimer scope("unseen");
+    const off::ScopeTimer scope("unseen");
+    std::int64_t mark = off::ProfileMark();
+    EXPECT_EQ(mark, 0) << "a clock was read";
+    off::ScopeSeries series("unseen too", mark);
+    series.End();
+    series.EndAtMark();
+    EXPECT_EQ(mark, 0) << "a clock was read";
   }
-  EXPECT_TRUE(std::is_empty_v<tlr2_without_profiling::ScopeTimer>);
-  EXPECT_TRUE(std::is_trivially_destructible_v<tlr2_without_profiling::ScopeTimer>);
-  EXPECT_EQ(tlr2::test::Written(tlr2_without_profiling::ProfileReport), "");
-  tlr2_without_profiling::ProfileReset();
+  EXPECT_TRUE(std::is_empty_v<off::ScopeTimer>);
+  EXPECT_TRUE(std::is_empty_v<off::ScopeSeries>);
+  EXPECT_TRUE(std::is_trivially_destructible_v<off::ScopeTimer>);
+  EXPECT_TRUE(std::is_trivially_destructible_v<off::ScopeSeries>);
+  EXPECT_EQ(tlr2::test::Written(off::ProfileReport), "");
+  off::ProfileReset();
 }
 
 }  // namespace
