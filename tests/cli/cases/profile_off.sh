@@ -1,0 +1,1 @@
+tlr2_replay profile small.tlr2-capture
