@@ -136,6 +136,17 @@ def unjudged_frames():
     return [(first, b"", bytes(len(picture))), (opaque, b"", picture), (opaque, b"", bytes(len(picture)))]
 
 
+def open_primitive_frames():
+    """Each frame ends inside a primitive, and begins inside that of the one before: only its own vertices are drawn."""
+    def corners(x0, y0, x1, y1): return vertex(x0, y0) + vertex(x1, y0) + vertex(x1, y1) + vertex(x0, y1)
+    left, right = corners(-1, -1, -0.5, 1), quad(0.5, -1, 1, 1)
+    start = viewport(WIDTH, HEIGHT) + clear() + record(0, "I", 0x1701) + IDENTITY + record(0, "I", 0x1700) + IDENTITY
+    first = start + color(0xFF4080C0) + left + END + color(0xFFC08040) + right + begin(7) + corners(-1, -1, 1, 1) + SWAP
+    second = clear() + left + color(0xFF4080C0) + END + color(0xFFC08040) + right + begin(4) + vertex(0, 0) + SWAP
+    third = clear() + vertex(-1, -1) + vertex(0, -1) + vertex(0, 1) + END + right + SWAP
+    return [(first, b"", b""), (second, b"", b""), (third, b"", b"")]
+
+
 def with_state(offset, form, value) -> bytearray:
     state = snapshot()
     struct.pack_into("<" + form, state, offset, value)
@@ -187,6 +198,7 @@ def main() -> int:
                                         (clear() + SWAP, b"", b"")]),
         "other_size": small(frames=[(clear() + SWAP, b"", bytes(4))]),
         "unjudged": small(frames=unjudged_frames()),
+        "open_primitive": small(frames=open_primitive_frames(), state=with_state(6372, "I", 7)),
         "overlapping": capture(small_frames(), blobs=[bytes(4)] * 64 + [bytes(40000)], overlap=True),
         "records_behind": with_records_at(whole, 1 << 40),
         "records_behind_open": with_records_at(small(count=OPEN), len(whole) + 1),

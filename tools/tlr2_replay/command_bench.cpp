@@ -5,9 +5,11 @@
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/session_arguments.h"
@@ -118,7 +120,7 @@ void PrintJson(const std::string& file, const Plan& plan, const std::vector<Row>
                     {"p95_ms", row.p95},
                     {"max_ms", row.maximum}});
   const Json whole = {{"file", file}, {"warmUp", plan.warmUp}, {"repeats", plan.repeats}, {"rows", list}};
-  std::printf("%s\n", whole.dump(2).c_str());
+  WriteJson(whole);
 }
 
 bool IsTime(double milliseconds) noexcept { return std::isfinite(milliseconds) && milliseconds >= 0; }
@@ -127,7 +129,9 @@ bool IsTime(double milliseconds) noexcept { return std::isfinite(milliseconds) &
 std::map<std::string, double> ReadBaseline(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw CommandFailure{kRefused, path + ": cannot open file"};
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ostringstream read;
+  read << file.rdbuf();  // what cannot be read, as a folder, is empty
+  const std::string text = read.str();
   std::map<std::string, double> medians;
   if (text.rfind(kCsvHead, 0) == 0) {
     std::size_t at = 0;
@@ -216,7 +220,7 @@ void PrintChangesJson(const std::string& file, const std::string& baseline, doub
                     {"slower", change.slower}});
   const Json whole = {
       {"file", file}, {"baseline", baseline}, {"threshold", thresholdPercent}, {"slower", slower}, {"rows", list}};
-  std::printf("%s\n", whole.dump(2).c_str());
+  WriteJson(whole);
 }
 
 std::vector<std::string> SplitList(const std::string& text) {
@@ -264,7 +268,9 @@ int RunBench(const Words& words) {
     for (const std::int32_t target : SupportedTargets()) names.push_back(kTargetNames[target]);
   }
   for (const std::string& name : names) {
+    if (name.empty()) FailUsage("'" + targets + "' is no list of targets such as sse4,avx2");
     for (const std::string& count : counts) {
+      if (count.empty()) FailUsage("'" + threads + "' is no list of task counts such as 1,2,4");
       arguments.isa = name;
       arguments.threads = count;
       configurations.push_back(arguments.Options());

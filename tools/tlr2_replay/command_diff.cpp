@@ -7,6 +7,7 @@
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/html.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/output_file.h"
@@ -210,7 +211,7 @@ int RunDiff(const Words& words) {
                         {"differs", differs},
                         {"frameCounts", {a.capture->streams.size(), b.capture->streams.size()}},
                         {"frames", report}};
-    std::printf("%s\n", whole.dump(2).c_str());
+    WriteJson(whole);
   }
   return differs ? kDiffer : kDone;
 }

@@ -7,6 +7,7 @@
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/gl_names.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/known_pixels.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
@@ -15,6 +16,7 @@
 #include "tlr2_replay/record_text.h"
 #include "tlr2_replay/scalar_frame.h"
 #include "tlr2_replay/session_arguments.h"
+#include "tlr2_replay/state_text.h"
 
 namespace tlr2::tool {
 namespace {
@@ -52,8 +54,8 @@ Story Tell(Session& session, std::uint32_t frame, std::int32_t x, std::int32_t y
   Story story;
   story.x = x;
   story.y = y;
-  const std::uint32_t openMode = frame == 0 ? session.Capture().snapshot.primitiveMode : 0;
-  story.primitives = DrawnPrimitives(session.Capture().streams[frame], openMode);
+  session.PlayUpTo(frame);
+  story.primitives = DrawnPrimitives(session.Capture().streams[frame], session.OpenPrimitiveMode());
   StepHooks hooks;
   hooks.rendered = [&] {
     const PictureView picture = session.Picture();
@@ -103,7 +105,7 @@ void Print(const Story& story, const Session& session, std::uint32_t frame) {
     const TriangleRecord& tri = story.triangles[i];
     std::printf("%zu. triangle %u", i + 1, static_cast<unsigned>(f.triangle));
     if (const DrawnPrimitive* p = PrimitiveOfTriangle(story.primitives, f.triangle); p != nullptr)
-      std::printf(" of primitive %u (%s, records %u to %u)", static_cast<unsigned>(p->primitive),
+      std::printf(" of %s (%s, records %u to %u)", PrimitiveName(p->primitive).c_str(),
                   GlName(p->mode, NameGroup::kPrimitive).c_str(), static_cast<unsigned>(p->beginRecord),
                   static_cast<unsigned>(p->endRecord));
     std::printf(": %s\n", kFates[static_cast<int>(f.fate)]);
@@ -145,6 +147,13 @@ void Print(const Story& story, const Session& session, std::uint32_t frame) {
   }
 }
 
+template <std::size_t N>
+Json JsonFloats(const float (&values)[N]) {
+  Json list = Json::array();
+  for (const float value : values) list.push_back(JsonFloat(value));
+  return list;
+}
+
 Json JsonOf(const Story& story, const Session& session, std::uint32_t frame) {
   const auto word = [](std::uint32_t color) { return Format("%08x", static_cast<unsigned>(color)); };
   Json triangles = Json::array();
@@ -153,31 +162,32 @@ Json JsonOf(const Story& story, const Session& session, std::uint32_t frame) {
     const TriangleRecord& tri = story.triangles[i];
     Json entry = {{"triangle", f.triangle}};
     if (const DrawnPrimitive* p = PrimitiveOfTriangle(story.primitives, f.triangle); p != nullptr) {
-      entry["primitive"] = p->primitive;
+      entry["primitive"] = nullptr;  // it began before the frame
+      if (p->primitive != PrimitiveCounter::kNone) entry["primitive"] = p->primitive;
       entry["mode"] = GlName(p->mode, NameGroup::kPrimitive);
       entry["records"] = {p->beginRecord, p->endRecord};
     }
     entry["fate"] = kFates[static_cast<int>(f.fate)];
-    entry["weights"] = f.weights;
+    entry["weights"] = JsonFloats(f.weights);
     if (f.depthTested)
-      entry["depth"] = {{"value", f.z},
+      entry["depth"] = {{"value", JsonFloat(f.z)},
                         {"function", NameOf(kDepthFuncs, tri.depthFunc)},
-                        {"stored", f.storedDepth},
+                        {"stored", JsonFloat(f.storedDepth)},
                         {"passes", f.fate != judge::FragmentFate::kDepthFailed},
                         {"writes", tri.depthWrite != 0}};
     if (f.source != judge::ColorSource::kNone) {
-      entry["color"] = f.color;
+      entry["color"] = JsonFloats(f.color);
       entry["source"] = kSources[static_cast<int>(f.source)];
     }
     if (f.shading.textured)
       entry["texel"] = {{"texture", tri.textureIndex},
-                        {"s", f.shading.s},
-                        {"t", f.shading.t},
+                        {"s", JsonFloat(f.shading.s)},
+                        {"t", JsonFloat(f.shading.t)},
                         {"filter", NameOf(kFilters, tri.filterMode)},
                         {"level", f.shading.level},
-                        {"color", f.shading.texel},
+                        {"color", JsonFloats(f.shading.texel)},
                         {"environment", NameOf(kEnvironments, tri.texEnvMode)},
-                        {"fragment", f.shading.interpolated}};
+                        {"fragment", JsonFloats(f.shading.interpolated)}};
     if (tri.alphaTest != 0 && f.source != judge::ColorSource::kNone)
       entry["alphaTestPasses"] = f.fate != judge::FragmentFate::kAlphaRejected;
     if (f.fate == judge::FragmentFate::kStored)
@@ -188,10 +198,10 @@ Json JsonOf(const Story& story, const Session& session, std::uint32_t frame) {
           {"pixel", {story.x, story.y}},
           {"target", kTargetNames[session.Target()]},
           {"known", story.known},
-          {"start", {{"color", word(story.startColor)}, {"depth", story.startDepth}}},
+          {"start", {{"color", word(story.startColor)}, {"depth", JsonFloat(story.startDepth)}}},
           {"triangles", triangles},
-          {"end", {{"color", word(story.endColor)}, {"depth", story.endDepth}}},
-          {"drawn", {{"color", word(story.drawnColor)}, {"depth", story.drawnDepth}}},
+          {"end", {{"color", word(story.endColor)}, {"depth", JsonFloat(story.endDepth)}}},
+          {"drawn", {{"color", word(story.drawnColor)}, {"depth", JsonFloat(story.drawnDepth)}}},
           {"agrees", story.Agrees()}};
 }
 
@@ -215,14 +225,14 @@ int RunExplain(const Words& words) {
   if (!x || !y || *x > INT32_MAX || *y > INT32_MAX) FailUsage("'" + pixel + "' is no pixel such as 100,20");
   SessionOptions options = arguments.Options();
   options.keepStart = options.keepKnown = true;
-  if (options.cutoff != 5) FailUsage("explain needs the whole pipeline: PipelineCutoff=5");
+  if (options.cutoff != 5) FailUsage("the pixel needs the whole pipeline: PipelineCutoff=5");
 
   CaptureContents capture = LoadCapture(file);
   SelectFrames(std::to_string(frame), static_cast<std::uint32_t>(capture.streams.size()));
   Session session(capture, options);
   const Story story = Tell(session, frame, static_cast<std::int32_t>(*x), static_cast<std::int32_t>(*y));
   if (line.json) {
-    std::printf("%s\n", JsonOf(story, session, frame).dump(2).c_str());
+    WriteJson(JsonOf(story, session, frame));
   } else {
     Print(story, session, frame);
   }

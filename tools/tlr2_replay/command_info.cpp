@@ -9,6 +9,7 @@
 #include "capture/record_walk.h"
 #include "capture/validate.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 
@@ -143,7 +144,7 @@ void PrintJson(const Report& r) {
   }
   out["damage"] = !r.damage.empty() ? Json(r.damage) : Json();
   out["notReplayable"] = !r.fault.empty() ? Json(r.fault) : Json();
-  std::printf("%s\n", out.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+  WriteJson(out);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "capture/record_walk.h"
 #include "capture/validate.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/output_file.h"
@@ -140,7 +141,7 @@ void Print(const Recovery& r, bool wasClosed, bool json) {
                       {"bytesDropped", dropped},
                       {"wasClosed", wasClosed},
                       {"reason", r.reason.empty() ? Json() : Json(r.reason)}};
-    std::printf("%s\n", out.dump(2).c_str());
+    WriteJson(out);
     return;
   }
   std::printf("kept: %u frames, %llu bytes\ndropped: %llu bytes%s%s\nwas closed: %s\n", static_cast<unsigned>(r.frames),

@@ -7,6 +7,7 @@
 #include "base/hash.h"
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/picture.h"
@@ -52,23 +53,6 @@ struct Output {
   }
 };
 
-/// Plays the frames ahead of `frame`.
-void PlayUpTo(Session& session, std::uint32_t frame) {
-  if (session.NextFrame() == frame) return;
-  if (frame == 0) {
-    session.Rewind();
-  } else {
-    session.StepTo(frame - 1);
-  }
-}
-
-/// Before the frame is drawn: what it is going to draw.
-std::vector<DrawnPrimitive> PrimitivesOfNext(const Session& session, const CaptureContents& capture) {
-  const std::uint32_t frame = session.NextFrame();
-  const std::uint32_t openMode = frame == 0 ? capture.snapshot.primitiveMode : DriverStateInstance().primitiveMode;
-  return DrawnPrimitives(capture.streams[frame], openMode);
-}
-
 struct PrimitiveOutput {
   std::uint32_t primitive;   // as `calls` counts; kNone for one that began before the frame
   std::string color, depth;  // hashes
@@ -80,7 +64,6 @@ std::vector<PrimitiveOutput> PutPrimitives(const Session& session, std::vector<D
   std::vector<PrimitiveOutput> put;
   const DepthView size = session.Depth();
   const std::vector<std::uint32_t> counts = session.TrianglesOfPrimitives();
-  if (counts.empty()) return put;  // nothing drawn, or stopped after an earlier stage
   if (!CountTriangles(primitives, counts))
     throw CommandFailure{kInternal, "the frame's packets are not those of its records"};
   Progress progress("primitives", primitives.size());
@@ -103,11 +86,6 @@ std::vector<PrimitiveOutput> PutPrimitives(const Session& session, std::vector<D
                    Format("%08x", static_cast<unsigned>(depths))});
   }
   return put;
-}
-
-std::string NameOf(const PrimitiveOutput& one) {
-  return one.primitive == PrimitiveCounter::kNone ? "open primitive"
-                                                  : Format("primitive %u", static_cast<unsigned>(one.primitive));
 }
 
 nlohmann::ordered_json JsonOf(const std::vector<PrimitiveOutput>& primitives) {
@@ -142,6 +120,7 @@ int RunRender(const Words& words) {
     FailUsage("--out names the folder to draw into; --format hash needs none");
   SessionOptions options = arguments.Options();
   options.keepStart = eachPrimitive;
+  if (eachPrimitive && options.cutoff != 5) FailUsage("--each-primitive needs the whole pipeline: --cutoff full");
 
   CaptureContents capture = LoadCapture(file);
   const std::vector<std::uint32_t> selected = SelectFrames(frames, static_cast<std::uint32_t>(capture.streams.size()));
@@ -159,8 +138,8 @@ int RunRender(const Words& words) {
     std::vector<DrawnPrimitive> primitives;
     std::vector<PrimitiveOutput> each;
     if (eachPrimitive) {
-      PlayUpTo(session, frame);
-      primitives = PrimitivesOfNext(session, capture);
+      session.PlayUpTo(frame);
+      primitives = DrawnPrimitives(capture.streams[frame], session.OpenPrimitiveMode());
       hooks.rendered = [&] { each = PutPrimitives(session, primitives, stem, output); };
     }
     const FrameFigures& figures = session.StepTo(frame, hooks);
@@ -181,8 +160,8 @@ int RunRender(const Words& words) {
     } else {
       Progress::Clear();
       for (const PrimitiveOutput& one : each)
-        std::printf("frame %u, %s: color %s, depth %s\n", static_cast<unsigned>(frame), NameOf(one).c_str(),
-                    one.color.c_str(), one.depth.c_str());
+        std::printf("frame %u, %s: color %s, depth %s\n", static_cast<unsigned>(frame),
+                    PrimitiveName(one.primitive).c_str(), one.color.c_str(), one.depth.c_str());
       std::printf("frame %u: %dx%d, %llu drawn primitives, %llu triangles, color %s, depth %s\n",
                   static_cast<unsigned>(frame), static_cast<int>(session.Picture().width),
                   static_cast<int>(session.Picture().height), static_cast<unsigned long long>(figures.packets),
@@ -193,7 +172,7 @@ int RunRender(const Words& words) {
   if (line.json) {
     const nlohmann::ordered_json whole = {
         {"file", file}, {"target", kTargetNames[session.Target()]}, {"frames", report}};
-    std::printf("%s\n", whole.dump(2).c_str());
+    WriteJson(whole);
   }
   return kDone;
 }

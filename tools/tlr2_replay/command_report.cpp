@@ -8,6 +8,7 @@
 #include "tlr2_replay/frame_maps.h"
 #include "tlr2_replay/gl_names.h"
 #include "tlr2_replay/html.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/known_pixels.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
@@ -114,17 +115,19 @@ std::string FrameSection(const std::vector<ReportedFrame>& frames) {
 }
 
 std::string TimeSection(const std::vector<ReportedFrame>& frames) {
+  std::vector<std::uint32_t> numbers;
   std::vector<std::vector<double>> wall, tasks;
   for (const ReportedFrame& frame : frames) {
     const FrameFigures& f = frame.figures;
+    numbers.push_back(f.frame);
     wall.push_back({f.interpretMs, f.emitMs, f.prepMs, f.workersMs});
     tasks.push_back({f.binMs, f.rasterMs});
   }
   return "<h2>Stage times</h2>\n<p class=\"dim\">One replay of each frame; <code>tlr2_replay bench</code> "
          "repeats.</p>\n<div>" +
-         StackedChart({"interpret", "emit", "prepare", "tasks"}, wall, "ms") +
+         StackedChart({"interpret", "emit", "prepare", "tasks"}, numbers, wall, "ms") +
          "</div>\n<p class=\"dim\">Inside the tasks, summed over them:</p>\n<div>" +
-         StackedChart({"bin", "rasterise"}, tasks, "ms") + "</div>\n";
+         StackedChart({"bin", "rasterise"}, numbers, tasks, "ms") + "</div>\n";
 }
 
 std::string MapSection(std::uint32_t frame, const FrameMaps& maps) {
@@ -263,7 +266,7 @@ int RunReport(const Words& words) {
   if (line.json) {
     const nlohmann::ordered_json whole = {{"file", file},          {"page", out},    {"bytes", text.size()},
                                           {"calls", calls.size()}, {"differs", bad}, {"frames", list}};
-    std::printf("%s\n", whole.dump(2).c_str());
+    WriteJson(whole);
   } else {
     std::printf("%s: %zu frames, %zu calls, %zu bytes%s\n", out.c_str(), reported.size(), calls.size(), text.size(),
                 bad ? "; some frames differ from their captured pixels" : "");

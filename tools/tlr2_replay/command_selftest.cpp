@@ -6,6 +6,7 @@
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/picture.h"
 #include "tlr2_replay/scalar_frame.h"
@@ -117,7 +118,7 @@ int RunSelftest(const Words& words) {
   }
   if (line.json) {
     const Json whole = {{"good", !failed}, {"frames", report}};
-    std::printf("%s\n", whole.dump(2).c_str());
+    WriteJson(whole);
   }
   return failed ? kDiffer : kDone;
 }

@@ -5,6 +5,7 @@
 
 #include "capture/record_walk.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/state_text.h"
@@ -60,7 +61,7 @@ int PrintChanges(const std::vector<StateChange>& changes, bool json) {
     for (const StateChange& change : changes) {
       list.push_back({{"name", change.name}, {"before", change.before}, {"after", change.after}});
     }
-    std::printf("%s\n", list.dump(2).c_str());
+    WriteJson(list);
   } else {
     for (const StateChange& change : changes) {
       std::printf("%s: %s -> %s\n", change.name.c_str(), Side(change.before).c_str(), Side(change.after).c_str());
@@ -81,14 +82,18 @@ int RunState(const Words& words) {
                {.excludes = {"--at"}});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
-  if (at.empty() == pair.empty()) FailUsage("state needs --at or --diff");
+  if (at.empty() == pair.empty()) FailUsage("--at or --diff is required");
 
   if (!at.empty()) {
     const Point point = ParsePoint(at);
     CaptureContents contents = LoadCapture(file);
     const Json state = StateAt(contents, point);
-    const std::string text = line.json ? state.dump(2) + "\n" : StateLines(state);
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (line.json) {
+      WriteJson(state);
+    } else {
+      const std::string text = StateLines(state);
+      std::fwrite(text.data(), 1, text.size(), stdout);
+    }
     return kDone;
   }
   const Point first = ParsePoint(pair[0]), second = ParsePoint(pair[1]);

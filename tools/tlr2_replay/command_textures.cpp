@@ -7,6 +7,7 @@
 #include "capture/record_walk.h"
 #include "tlr2_replay/console.h"
 #include "tlr2_replay/gl_names.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/png.h"
@@ -87,7 +88,7 @@ void PrintJson(const std::vector<TextureObject>& table, UseTable& uses) {
                     {"primitives", use.primitives},
                     {"vertices", use.vertices}});
   }
-  std::printf("%s\n", list.dump(2).c_str());
+  WriteJson(list);
 }
 
 void WriteLevel(const std::string& folder, std::uint32_t name, const TextureObject& object, std::uint32_t level) {

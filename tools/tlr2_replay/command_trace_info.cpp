@@ -7,6 +7,7 @@
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/options.h"
 #include "tlr2_replay/trace_summary.h"
 
@@ -60,7 +61,7 @@ void PrintJson(const std::string& file, const TraceSummary& summary) {
                       {"entries", ToJson(OfAllFrames(summary))},
                       {"messages", ToJson(summary.messages)},
                       {"frames", frames}};
-  std::printf("%s\n", whole.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+  WriteJson(whole);
 }
 
 void PrintText(const std::string& file, const TraceSummary& summary) {

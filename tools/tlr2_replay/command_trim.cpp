@@ -12,6 +12,7 @@
 #include "capture/format.h"
 #include "capture/record_walk.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/known_pixels.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
@@ -114,11 +115,9 @@ void CheckDrawnReferences(const CaptureContents& capture, std::uint32_t last) {
 
 enum class References { kKeep, kDrop, kDraw };
 
-References ParseReferences(const std::string& text) {
-  if (text == "keep") return References::kKeep;
-  if (text == "drop") return References::kDrop;
-  if (text == "draw") return References::kDraw;
-  FailUsage("--reference is one of keep, drop, draw");
+/// One of the option's choices.
+References ReferencesNamed(const std::string& text) noexcept {
+  return text == "keep" ? References::kKeep : text == "drop" ? References::kDrop : References::kDraw;
 }
 
 std::vector<std::uint8_t> PixelsOf(const PictureView& picture) {
@@ -239,10 +238,10 @@ int RunTrim(const Words& words) {
   line.Add("--frames", frames, "The frames to keep, as in 3-7", {.required = true});
   line.Add("--reference", reference,
            "Reference pixels: keep those there are, drop them, or draw new ones on this processor's best target",
-           {.showsDefault = true});
+           {.showsDefault = true, .choices = {"keep", "drop", "draw"}});
   line.AddJson();
   if (const auto code = line.Parse(words)) return *code;
-  const References references = ParseReferences(reference);
+  const References references = ReferencesNamed(reference);
   const std::vector<FrameSpan> spans = ParseFrameSpans(frames);
   if (spans.size() != 1) FailUsage("--frames takes one span, as in 3-7");
   const FrameSpan span = spans[0];
@@ -305,7 +304,7 @@ int RunTrim(const Words& words) {
                          {"texturesEmptied", emptied},
                          {"pixelsCompared", pictures.pixelsCompared},
                          {"pixelsUnknown", pictures.pixelsUnknown}};
-    std::printf("%s\n", report.dump(2).c_str());
+    WriteJson(report);
   } else {
     std::printf(
         "%u frames; %zu textures that they do not bind were emptied\nverified: %llu pixels equal, %llu depend on"

@@ -7,6 +7,7 @@
 
 #include "tlr2_replay/command.h"
 #include "tlr2_replay/console.h"
+#include "tlr2_replay/json_output.h"
 #include "tlr2_replay/known_pixels.h"
 #include "tlr2_replay/load.h"
 #include "tlr2_replay/options.h"
@@ -198,7 +199,7 @@ int Matrix(CaptureContents& capture, const SessionArguments& arguments, const st
       for (const FrameVerdict& result : columns[t]) column.push_back(JsonOf(result));
       report[kTargetNames[targets[t]]] = column;
     }
-    std::printf("%s\n", report.dump(2).c_str());
+    WriteJson(report);
     return someTarget ? kDone : kDiffer;
   }
   int width = 18;
@@ -259,7 +260,7 @@ int RunVerify(const Words& words) {
                         {"target", kTargetNames[ResolveTarget(options.isa)]},
                         {"verdict", VerdictName(worst)},
                         {"frames", report}};
-    std::printf("%s\n", whole.dump(2).c_str());
+    WriteJson(whole);
   }
   return failed ? kDiffer : kDone;
 }

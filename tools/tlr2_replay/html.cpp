@@ -94,7 +94,7 @@ std::string HistogramChart(const Comparison& comparison) {
   for (int bar = 0; bar < kBars; ++bar) {
     const double share = std::log2(1.0 + static_cast<double>(counts[bar])) / std::log2(1.0 + static_cast<double>(most));
     const int height = static_cast<int>(share * kHeight);
-    const int least = bar < 16 ? bar + 1 : 17 + (bar - 16) * 239 / 16;
+    const int least = bar < 16 ? bar + 1 : 17 + ((bar - 16) * 239 + 15) / 16;
     out += Format(
         "<rect x=\"%d\" y=\"%d\" width=\"%d\" height=\"%d\" fill=\"#e15759\"><title>from %d: %llu "
         "pixels</title></rect>",
@@ -107,8 +107,8 @@ std::string HistogramChart(const Comparison& comparison) {
   return out;
 }
 
-std::string StackedChart(const std::vector<std::string>& names, const std::vector<std::vector<double>>& values,
-                         const std::string& unit) {
+std::string StackedChart(const std::vector<std::string>& names, const std::vector<std::uint32_t>& frames,
+                         const std::vector<std::vector<double>>& values, const std::string& unit) {
   constexpr int kHeight = 180, kWidth = 1000, kTop = 24;
   if (values.empty()) return "";
   double most = 0;
@@ -134,11 +134,11 @@ std::string StackedChart(const std::vector<std::string>& names, const std::vecto
       const double height = values[r][c] / most * kHeight;
       bottom -= height;
       out += Format(
-          "<rect x=\"%.2f\" y=\"%.2f\" width=\"%.2f\" height=\"%.2f\" fill=\"%s\"><title>frame %zu, %s: %.3f "
+          "<rect x=\"%.2f\" y=\"%.2f\" width=\"%.2f\" height=\"%.2f\" fill=\"%s\"><title>frame %u, %s: %.3f "
           "%s</title></rect>",
           static_cast<double>(r) * step, bottom, std::max(step - 1, 0.5), height,
-          kBarColors[c % (sizeof kBarColors / sizeof kBarColors[0])], r, Escaped(names[c]).c_str(), values[r][c],
-          Escaped(unit).c_str());
+          kBarColors[c % (sizeof kBarColors / sizeof kBarColors[0])], static_cast<unsigned>(frames[r]),
+          Escaped(names[c]).c_str(), values[r][c], Escaped(unit).c_str());
     }
   }
   out +=

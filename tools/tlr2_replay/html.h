@@ -19,9 +19,9 @@ std::string Image(const PictureView& picture, const std::string& alt, const std:
 std::string Facts(const std::vector<std::pair<std::string, std::string>>& facts);
 /// Bars of how many pixels differ by how much, on a logarithmic scale; nothing for equal pictures.
 std::string HistogramChart(const Comparison& comparison);
-/// Stacked bars, one a row of `values`; `names` are of the columns.
-std::string StackedChart(const std::vector<std::string>& names, const std::vector<std::vector<double>>& values,
-                         const std::string& unit);
+/// Stacked bars, one a frame, which is a row of `values`; `names` are of the columns.
+std::string StackedChart(const std::vector<std::string>& names, const std::vector<std::uint32_t>& frames,
+                         const std::vector<std::vector<double>>& values, const std::string& unit);
 /// The whole page around `body`; `script` may be empty.
 std::string Page(const std::string& title, const std::string& body, const std::string& script = "");
 

@@ -74,9 +74,7 @@ std::optional<int> CommandLine::Parse(const Words& words) {
     std::fputs(app_->help().c_str(), stdout);
     return kDone;
   } catch (const CLI::ParseError& error) {
-    // The name is "tlr2_replay <command>".
-    const std::string name = app_->get_name().substr(app_->get_name().find(' ') + 1);
-    FailUsage(name + ": " + error.what() + "\nTry 'tlr2_replay help " + name + "'.");
+    FailUsage(error.what());
   }
   BeginLimits(maxMemoryMiB_, maxSeconds_);
   return std::nullopt;

@@ -69,7 +69,8 @@ class CommandLine {
   std::uint32_t maxSeconds_ = kDefaultMaxSeconds;
 };
 
-/// Ends the command with exit code 2.
+/// Ends the command with exit code 2. The message goes out with the command's name ahead of it and a word on its help
+/// behind it.
 [[noreturn]] void FailUsage(const std::string& message);
 /// The same, for a frame that a capture of `frameCount` frames does not have.
 [[noreturn]] void FailNoFrame(std::uint32_t frame, std::size_t frameCount);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "tlr2_replay/console.h"
 #include "tlr2_replay/record_text.h"
 
 namespace tlr2::tool {
@@ -36,6 +37,11 @@ bool CountTriangles(std::vector<DrawnPrimitive>& primitives, const std::vector<s
     first += counts[i];
   }
   return primitives.size() == counts.size();
+}
+
+std::string PrimitiveName(std::uint32_t primitive) {
+  return primitive == PrimitiveCounter::kNone ? "the open primitive"
+                                              : Format("primitive %u", static_cast<unsigned>(primitive));
 }
 
 const DrawnPrimitive* PrimitiveOfTriangle(const std::vector<DrawnPrimitive>& primitives,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "api/state/command_stream.h"
@@ -10,7 +11,7 @@ namespace tlr2::tool {
 
 /// A primitive of a stream that reaches the renderer.
 struct DrawnPrimitive {
-  std::uint32_t primitive;               // as `calls` counts them
+  std::uint32_t primitive;               // as `calls` counts them; kNone for one that began before
   std::uint32_t beginRecord, endRecord;  // records of the frame, from 0
   std::uint32_t mode;
   std::uint32_t vertices;
@@ -21,6 +22,8 @@ struct DrawnPrimitive {
 std::vector<DrawnPrimitive> DrawnPrimitives(const ByteVector& stream, std::uint32_t openMode);
 /// Puts in how many triangles each made. False when the counts are those of another stream.
 bool CountTriangles(std::vector<DrawnPrimitive>& primitives, const std::vector<std::uint32_t>& counts);
+/// "primitive 3", or "the open primitive" for one that began before the frame.
+std::string PrimitiveName(std::uint32_t primitive);
 /// The primitive of a triangle; null when there is none.
 const DrawnPrimitive* PrimitiveOfTriangle(const std::vector<DrawnPrimitive>& primitives,
                                           std::uint32_t triangle) noexcept;

@@ -314,9 +314,17 @@ const FrameFigures& Session::Step(const StepHooks& hooks) {
   return figures_;
 }
 
-const FrameFigures& Session::StepTo(std::uint32_t frame, const StepHooks& hooks) {
+void Session::PlayUpTo(std::uint32_t frame) {
   if (frame < next_) Rewind();
   while (next_ < frame) Step();
+}
+
+std::uint32_t Session::OpenPrimitiveMode() const noexcept {
+  return next_ == 0 ? capture_.snapshot.primitiveMode : DriverStateInstance().primitiveMode;
+}
+
+const FrameFigures& Session::StepTo(std::uint32_t frame, const StepHooks& hooks) {
+  PlayUpTo(frame);
   return Step(hooks);
 }
 

@@ -84,6 +84,10 @@ class Session {
   /// The frame that the next step plays.
   std::uint32_t NextFrame() const noexcept { return next_; }
   void Rewind();
+  /// Plays the frames ahead of `frame`, which is then the next one.
+  void PlayUpTo(std::uint32_t frame);
+  /// The primitive that the next frame begins inside of, opened by an earlier one or by the keyframe; 0 for none.
+  std::uint32_t OpenPrimitiveMode() const noexcept;
   /// Plays one frame. The pictures below are then that frame's, until the next step.
   const FrameFigures& Step(const StepHooks& hooks = {});
   /// Plays up to and including `frame`.

@@ -52,6 +52,17 @@ int Version() {
   return kDone;
 }
 
+/// Wrong usage, found while parsing or later, is told with the command's name and where its help is.
+int RunCommand(const CommandRow& row, const Words& words) {
+  try {
+    return row.run(words);
+  } catch (const CommandFailure& failure) {
+    if (failure.code != kUsage) throw;
+    const std::string name = row.name;
+    throw CommandFailure{kUsage, name + ": " + failure.message + "\nTry 'tlr2_replay help " + name + "'."};
+  }
+}
+
 bool AsksForHelp(const std::string& word) { return word == "help" || word == "--help" || word == "-h"; }
 
 int Help(const Words& words) {
@@ -81,7 +92,7 @@ int Dispatch(const Words& words) {
   }
   const CommandRow* row = FindCommand(name);
   if (row == nullptr) return WrongUsage("no command '" + name + "'");
-  return row->run(rest);
+  return RunCommand(*row, rest);
 }
 
 }  // namespace

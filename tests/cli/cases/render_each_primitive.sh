@@ -3,4 +3,3 @@ tlr2_replay render --isa sse4 --out out --frames 1 --each-primitive small.tlr2-c
 tlr2_replay calls --frames 2 --primitives 1 --grep glBegin small.tlr2-capture
 tlr2_replay render --isa sse4 --out two --frames 2 --each-primitive small.tlr2-capture; ls two
 tlr2_replay render --isa sse4 --format hash --frames 2,0 --each-primitive --json small.tlr2-capture | grep -A6 eachPrimitive
-tlr2_replay render --isa sse4 --format hash --cutoff command-stream --frames 2 --each-primitive small.tlr2-capture
