@@ -359,6 +359,37 @@ TEST(Unjudged, StateThatAReadBackOfNothingDrainedIsLostInTheProgramAsInTheFile) 
   for (RecordWalk walk(capture.streams[1]); walk.Next();) EXPECT_FALSE(walk.Is(Cmd::Color));
 }
 
+// -- A primitive that is open at the swap ---------------------------------------------------------------------------
+
+TEST(OpenPrimitive, KeepsItsModeAndLosesItsVerticesInTheProgramAsInTheFile) {
+  const Program program = [](void* window) {
+    golden::PixelCoordinates();
+    for (int frame = 0; frame < 4; ++frame) {
+      glClear(gl::kColorBufferBit | gl::kDepthBufferBit);
+      glColor3f(1, 0, 0);
+      for (const float x : {20.0f, 120.0f}) glVertex2f(x, 20);
+      for (const float x : {120.0f, 20.0f}) glVertex2f(x, 120);
+      glEnd();  // of the frame before; the first frame has nothing to end
+      glColor3f(0, 1, 0);
+      golden::Rectangle(150, 60, 250, 160, 0);
+      glBegin(gl::kQuads);
+      glVertex2f(0, 0);
+      glVertex2f(300, 0);
+      wglSwapBuffers(window);
+    }
+  };
+  for (const std::int32_t first : {0, 2}) {
+    CaptureContents capture = CaptureProgram(0, first, 3, program);
+    EXPECT_EQ(capture.snapshot.primitiveMode, first == 0 ? 0u : gl::kQuads);
+    EXPECT_EQ(ExpectAsCaptured(capture, OptionsFor(0, 1), "open primitive"), 0u);
+    Session session(capture, OptionsFor(0, 1));
+    for (std::uint32_t frame = 0; frame < session.FrameCount(); ++frame) {
+      EXPECT_EQ(session.OpenPrimitiveMode(), first + frame == 0 ? 0u : gl::kQuads) << frame;
+      EXPECT_EQ(session.Step().packets, first + frame == 0 ? 1u : 2u) << frame;
+    }
+  }
+}
+
 // -- The picture after each primitive -------------------------------------------------------------------------------
 
 TEST(Prefix, TheLastPrimitivesPictureIsTheFrames) {

@@ -197,6 +197,8 @@ def main() -> int:
         "half_reference": small(frames=[(clear() + SWAP, b"", struct.pack("<I", 0xFF000000) * (WIDTH * HEIGHT)),
                                         (clear() + SWAP, b"", b"")]),
         "other_size": small(frames=[(clear() + SWAP, b"", bytes(4))]),
+        "larger": small(frames=[(viewport(WIDTH * 2, HEIGHT) + s, b, r) for s, b, r in small_frames()[:1]] +
+                        small_frames()[1:], size=(WIDTH * 2, HEIGHT)),
         "unjudged": small(frames=unjudged_frames()),
         "open_primitive": small(frames=open_primitive_frames(), state=with_state(6372, "I", 7)),
         "overlapping": capture(small_frames(), blobs=[bytes(4)] * 64 + [bytes(40000)], overlap=True),

@@ -1,5 +1,6 @@
 // diff: two ways to draw, frame by frame: two captures, or one on two targets, task counts or settings.
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -42,7 +43,8 @@ std::string Describe(const std::string& file, const SessionOptions& options) {
 struct FrameDifference {
   std::uint32_t frame = 0;
   Comparison comparison;
-  StoredPicture a, b;  // kept for the page only where the frame differs
+  std::array<std::int32_t, 2> sizeA = {}, sizeB = {};  // width, height
+  StoredPicture a, b;                                  // kept for the page only where the frame differs
 };
 
 /// Frames at a time: side A's pictures are kept, side B's compared with them.
@@ -72,7 +74,10 @@ std::vector<FrameDifference> CompareSides(const Side& a, const Side& b, const st
       StoredPicture& before = pictures[i - first];
       FrameDifference difference;
       difference.frame = frames[i];
-      difference.comparison = Compare(before.View(), session.Picture(), tolerance);
+      const PictureView after = session.Picture();
+      difference.sizeA = {before.width, before.height};
+      difference.sizeB = {after.width, after.height};
+      difference.comparison = Compare(before.View(), after, tolerance);
       if (difference.comparison.differing != 0 && kept < mostPictures) {
         ++kept;
         difference.b = StorePicture(session.Picture());
@@ -86,7 +91,10 @@ std::vector<FrameDifference> CompareSides(const Side& a, const Side& b, const st
 
 std::string Sentence(const FrameDifference& difference) {
   const Comparison& c = difference.comparison;
-  if (!c.sameSize) return "the pictures have different sizes";
+  if (!c.sameSize)
+    return Format("the pictures have different sizes, %dx%d and %dx%d", static_cast<int>(difference.sizeA[0]),
+                  static_cast<int>(difference.sizeA[1]), static_cast<int>(difference.sizeB[0]),
+                  static_cast<int>(difference.sizeB[1]));
   if (c.differing == 0) return c.worst == 0 ? "identical" : Format("identical within tolerance, by up to %d", c.worst);
   return Format("%llu of %llu pixels differ, by up to %d at %d,%d (%08x, %08x)",
                 static_cast<unsigned long long>(c.differing), static_cast<unsigned long long>(c.pixels), c.worst,
@@ -196,7 +204,12 @@ int RunDiff(const Words& words) {
       continue;
     }
     Json entry = {{"frame", frame.frame}, {"pixels", c.pixels}, {"differing", c.differing}, {"worst", c.worst}};
-    if (c.worst != 0 && c.sameSize) entry["worstAt"] = {c.worstX, c.worstY};
+    if (!c.sameSize) {
+      entry["worst"] = nullptr;
+      entry["sizes"] = {frame.sizeA, frame.sizeB};
+    } else if (c.worst != 0) {
+      entry["worstAt"] = {c.worstX, c.worstY};
+    }
     report.push_back(entry);
   }
   if (page) {

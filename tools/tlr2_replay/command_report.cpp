@@ -95,12 +95,18 @@ std::string Figure(const StoredPicture& picture, const std::string& caption, con
 }
 
 std::string FrameSection(const std::vector<ReportedFrame>& frames) {
-  std::string out = "<h2>Frames</h2>\n<table><tr><th>Frame</th><th>Pictures</th><th>Figures</th></tr>\n";
+  std::string out = "<h2>Frames</h2>\n";
+  if (std::any_of(frames.begin(), frames.end(),
+                  [](const ReportedFrame& frame) { return !frame.difference.pixels.empty(); }))
+    out +=
+        "<p class=\"dim\">Differences are red to yellow by amount; blue pixels cannot be judged: they show what "
+        "earlier frames left.</p>\n";
+  out += "<table><tr><th>Frame</th><th>Pictures</th><th>Figures</th></tr>\n";
   for (const ReportedFrame& frame : frames) {
     const FrameFigures& f = frame.figures;
-    out += "<tr><td class=\"n\">" + Count(f.frame) + "</td><td>" + Figure(frame.picture, "drawn", "thumb") +
-           Figure(frame.reference, "captured", "thumb") + Figure(frame.difference, "difference", "thumb") +
-           "</td><td><span class=\"" +
+    out += "<tr><td class=\"n\">" + Count(f.frame) + "</td><td class=\"row\">" +
+           Figure(frame.picture, "drawn", "thumb") + Figure(frame.reference, "captured", "thumb") +
+           Figure(frame.difference, "difference", "thumb") + "</td><td><span class=\"" +
            (frame.bad      ? "bad"
             : frame.judged ? "good"
                            : "dim") +

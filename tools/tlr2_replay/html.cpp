@@ -17,11 +17,15 @@ constexpr const char* kStyle =
     "th{font-weight:600}tr:nth-child(even) td{background:#8881}td.n{text-align:right;font-variant-numeric:tabular-nums}"
     "figure{display:inline-block;margin:.4em .8em .4em 0;vertical-align:top}figcaption{font-size:.9em;opacity:.8}"
     "img{border:1px solid "
-    "#8886;max-width:100%}img.map{image-rendering:pixelated;width:384px}img.thumb{width:240px}img.third{width:376px}"
+    "#8886;max-width:100%}img.map{width:384px}.map,.small{image-rendering:pixelated}td.row{white-space:nowrap}img."
+    "thumb{width:240px}img.third{width:376px}"
     "code,pre,.mono{font-family:ui-monospace,monospace;font-size:.92em}"
     ".good{color:#2a8a3e}.bad{color:#d03030}.dim{opacity:.7}"
     "#calls{height:26em;overflow:auto;border:1px solid #8886;white-space:pre}"
     "input{font:inherit;padding:.25em .5em;width:24em}svg text{font:11px system-ui,sans-serif;fill:currentColor}";
+
+/// The narrowest width that a style class shows pictures at.
+constexpr std::int32_t kSmallPicture = 240;
 
 constexpr const char* kBarColors[] = {"#4e79a7", "#f28e2b", "#59a14f", "#b07aa1", "#e15759", "#76b7b2"};
 
@@ -69,7 +73,9 @@ std::string Escaped(const std::string& text) {
 std::string PictureData(const PictureView& picture) { return "data:image/png;base64," + Base64(PngOfPicture(picture)); }
 
 std::string Image(const PictureView& picture, const std::string& alt, const std::string& classes) {
-  return "<img class=\"" + classes + "\" alt=\"" + Escaped(alt) + "\" src=\"" + PictureData(picture) + "\">";
+  // Enlarged pixels keep their edges.
+  const std::string all = picture.width < kSmallPicture ? classes + (classes.empty() ? "small" : " small") : classes;
+  return "<img class=\"" + all + "\" alt=\"" + Escaped(alt) + "\" src=\"" + PictureData(picture) + "\">";
 }
 
 std::string Facts(const std::vector<std::pair<std::string, std::string>>& facts) {

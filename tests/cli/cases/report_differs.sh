@@ -4,3 +4,4 @@ tlr2_replay report --isa sse4 --out page.html --json wrong_reference.tlr2-captur
 tlr2_replay report --isa sse4 --out page.html --json small.tlr2-capture | grep -c '"differs": false'
 tlr2_replay report --isa sse4 --out page.html --json unjudged.tlr2-capture >report.json; echo $?; grep '"differs"\|"verdict"' report.json
 grep -o '<span class="dim">not judged[^<]*' page.html
+grep -c "blue pixels cannot be judged" page.html; grep -o "img class=\"[a-z ]*\"" page.html | sort | uniq -c | tr -s " "
