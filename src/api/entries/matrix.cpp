@@ -1,12 +1,21 @@
-// Matrix stacks, viewport and depth range.
+// Matrix stacks, viewport and depth range. What computes does so under the driver's float rules, not the program's: the
+// replay of the record must come to the same bits.
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
 #include "api/state/effects.h"
+#include "platform/float_rules.h"
 #include "present/surface.h"
 #include "tiles/grid/grid.h"
 #include "wgl/context.h"
 
 namespace tlr2 {
+
+namespace {
+
+/// Under float rules of the caller's.
+TLR2_ALWAYS_INLINE float Narrow(double value) { return static_cast<float>(FloatRules::Here(value)); }
+
+}  // namespace
 
 void TLR2_STDCALL glMatrixMode(GLenum mode) noexcept {
   const ThreadGuard& guard = enter::glMatrixMode(mode);
@@ -39,6 +48,7 @@ void TLR2_STDCALL glMultMatrixf(const GLfloat* m) noexcept {
     std::memcpy(record.m, m, sizeof record.m);
     AppendRecord(record);
   }
+  const FloatRules rules;
   effect::MultMatrix(DriverStateInstance(), m);
 }
 
@@ -56,18 +66,21 @@ void TLR2_STDCALL glPopMatrix() noexcept {
 
 void TLR2_STDCALL glTranslatef(GLfloat x, GLfloat y, GLfloat z) noexcept {
   const ThreadGuard& guard = enter::glTranslatef(x, y, z);
+  const FloatRules rules;
   if (Records(guard)) AppendRecord(CmdTranslatef{.x = x, .y = y, .z = z});
   effect::Translate(DriverStateInstance(), x, y, z);
 }
 
 void TLR2_STDCALL glRotatef(GLfloat angle, GLfloat x, GLfloat y, GLfloat z) noexcept {
   const ThreadGuard& guard = enter::glRotatef(angle, x, y, z);
+  const FloatRules rules;
   if (Records(guard)) AppendRecord(CmdRotatef{.angle = angle, .x = x, .y = y, .z = z});
   effect::Rotate(DriverStateInstance(), angle, x, y, z);
 }
 
 void TLR2_STDCALL glScalef(GLfloat x, GLfloat y, GLfloat z) noexcept {
   const ThreadGuard& guard = enter::glScalef(x, y, z);
+  const FloatRules rules;
   if (Records(guard)) AppendRecord(CmdScalef{.x = x, .y = y, .z = z});
   effect::Scale(DriverStateInstance(), x, y, z);
 }
@@ -77,8 +90,9 @@ void TLR2_STDCALL glScalef(GLfloat x, GLfloat y, GLfloat z) noexcept {
 void TLR2_STDCALL glOrtho(GLdouble left, GLdouble right, GLdouble bottom, GLdouble top, GLdouble zNear,
                           GLdouble zFar) noexcept {
   const ThreadGuard& guard = enter::glOrtho(left, right, bottom, top, zNear, zFar);
-  const auto l = static_cast<float>(left), r = static_cast<float>(right), b = static_cast<float>(bottom),
-             t = static_cast<float>(top), n = static_cast<float>(zNear), f = static_cast<float>(zFar);
+  const FloatRules rules;
+  const auto l = Narrow(left), r = Narrow(right), b = Narrow(bottom), t = Narrow(top), n = Narrow(zNear),
+             f = Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdOrtho{.left = l, .right = r, .bottom = b, .top = t, .zNear = n, .zFar = f});
   effect::Ortho(DriverStateInstance(), l, r, b, t, n, f);
 }
@@ -86,8 +100,9 @@ void TLR2_STDCALL glOrtho(GLdouble left, GLdouble right, GLdouble bottom, GLdoub
 void TLR2_STDCALL glFrustum(GLdouble left, GLdouble right, GLdouble bottom, GLdouble top, GLdouble zNear,
                             GLdouble zFar) noexcept {
   const ThreadGuard& guard = enter::glFrustum(left, right, bottom, top, zNear, zFar);
-  const auto l = static_cast<float>(left), r = static_cast<float>(right), b = static_cast<float>(bottom),
-             t = static_cast<float>(top), n = static_cast<float>(zNear), f = static_cast<float>(zFar);
+  const FloatRules rules;
+  const auto l = Narrow(left), r = Narrow(right), b = Narrow(bottom), t = Narrow(top), n = Narrow(zNear),
+             f = Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdFrustum{.left = l, .right = r, .bottom = b, .top = t, .zNear = n, .zFar = f});
   effect::Frustum(DriverStateInstance(), l, r, b, t, n, f);
 }
@@ -104,7 +119,8 @@ void TLR2_STDCALL glViewport(GLint x, GLint y, GLsizei width, GLsizei height) no
 
 void TLR2_STDCALL glDepthRange(GLclampd zNear, GLclampd zFar) noexcept {
   const ThreadGuard& guard = enter::glDepthRange(zNear, zFar);
-  const auto n = static_cast<float>(zNear), f = static_cast<float>(zFar);
+  const FloatRules rules;
+  const auto n = Narrow(zNear), f = Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdDepthRange{.zNear = n, .zFar = f});
   effect::DepthRange(DriverStateInstance(), n, f);
 }

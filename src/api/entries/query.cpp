@@ -2,6 +2,7 @@
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
 #include "api/state/effects.h"
+#include "platform/float_rules.h"
 
 namespace tlr2 {
 
@@ -27,9 +28,11 @@ void TLR2_STDCALL glGetFloatv(GLenum pname, GLfloat* params) noexcept {
       params[0] = state.depthNear;
       params[1] = state.depthFar;
       return;
-    case gl::kViewport:
-      for (int i = 0; i < 4; ++i) params[i] = static_cast<float>(state.viewport[i]);
+    case gl::kViewport: {
+      const FloatRules rules;
+      for (int i = 0; i < 4; ++i) params[i] = static_cast<float>(FloatRules::Here(state.viewport[i]));
       return;
+    }
     case gl::kModelviewMatrix:
     case gl::kProjectionMatrix:
     case gl::kTextureMatrix: {

@@ -1,7 +1,9 @@
-// Fixed-function state that triangles carry, and clears. Values are not validated.
+// Fixed-function state that triangles carry, and clears. Values are not validated. What rounds does so under the
+// driver's float rules, as the replay of the record does.
 #include "api/entries/entry_frame.h"
 #include "api/state/driver_state.h"
 #include "api/state/effects.h"
+#include "platform/float_rules.h"
 
 namespace tlr2 {
 
@@ -55,13 +57,16 @@ void TLR2_STDCALL glFrontFace(GLenum mode) noexcept {
 
 void TLR2_STDCALL glClearColor(GLclampf red, GLclampf green, GLclampf blue, GLclampf alpha) noexcept {
   const ThreadGuard& guard = enter::glClearColor(red, green, blue, alpha);
+  const FloatRules rules;
   if (Records(guard)) AppendRecord(CmdClearColor{.red = red, .green = green, .blue = blue, .alpha = alpha});
-  effect::ClearColor(DriverStateInstance(), red, green, blue, alpha);
+  effect::ClearColor(DriverStateInstance(), FloatRules::Here(red), FloatRules::Here(green), FloatRules::Here(blue),
+                     FloatRules::Here(alpha));
 }
 
 void TLR2_STDCALL glClearDepth(GLclampd depth) noexcept {
   const ThreadGuard& guard = enter::glClearDepth(depth);
-  const auto narrow = static_cast<float>(depth);
+  const FloatRules rules;
+  const auto narrow = static_cast<float>(FloatRules::Here(depth));
   if (Records(guard)) AppendRecord(CmdClearDepth{.depth = narrow});
   effect::ClearDepth(DriverStateInstance(), narrow);
 }
@@ -99,6 +104,7 @@ void TLR2_STDCALL glTexEnvfv(GLenum target, GLenum pname, const GLfloat* params)
     std::memcpy(record.params, params, sizeof record.params);
     AppendRecord(record);
   }
+  const FloatRules rules;
   effect::TexEnvfv(DriverStateInstance(), target, pname, params);
 }
 
