@@ -48,13 +48,14 @@ const ConvertedImage* ConvertedOf(const CommandStream& stream, const CmdTexImage
   return same ? &image : nullptr;
 }
 
-/// No application generates this many names; a damaged capture would take the memory of a 32-bit process for them,
-/// which holds the table twice while it grows. Such a record gets the names that are free and as many new ones as fill
-/// the table up to here, like a call that asked for fewer.
+/// For records of files: a damaged capture would take the memory of a 32-bit process for its names, which holds the
+/// table twice while it grows. Such a record gets the names that are free and as many new ones as fill the table up to
+/// here, like a call that asked for fewer.
 constexpr std::size_t kGeneratedNameLimit = std::size_t{1} << 18;
 
-void GenerateTextures(DriverState& state, GLsizei n) {
+void GenerateTextures(DriverState& state, GLsizei n, bool fromCalls) {
   if (n < 1) return;
+  if (fromCalls) return AllocateTextureNames(state, n, nullptr, Touch::kSkip);
   const std::vector<TextureObject>& table = state.textureTable;
   auto wanted = static_cast<std::size_t>(n);
   const std::size_t present = table.empty() ? 1 : table.size();  // slot 0 comes into being with the first name
@@ -214,7 +215,7 @@ void Execute(DriverState& state, const CommandStream& stream, std::uint32_t id, 
     }
     case Cmd::GenTextures: {
       TLR2_READ(GenTextures);
-      GenerateTextures(state, r.n);
+      GenerateTextures(state, r.n, stream.fromCalls);
       break;
     }
     case Cmd::DeleteTextures: {

@@ -92,6 +92,7 @@ void BuildAndShow(ContextRecord& context, FrameJob& job, void* hdc) {
     BuildKeyframe(keyframe);
     job.keyframe = std::move(keyframe);
     SwapStreams(live, job.stream);
+    job.stream.fromCalls = true;
   }
   // Without a stream there is nothing to write, so no file is made either.
   if (recording && Capturing()) StartCapturedFrame(context.surface);
@@ -125,6 +126,7 @@ bool BuildForReadBack() {
   live.blob.Swap(job.stream.blob);
   live.images.swap(job.stream.images);
   job.stream.baseSequence = baseSequence;
+  job.stream.fromCalls = true;
   const bool built = RunFrameBuild(job, true);
   EmptyStream(job.stream);
   live.bytes.Swap(job.stream.bytes);

@@ -32,6 +32,7 @@ struct CommandStream {
   ByteVector blob;
   std::vector<ConvertedImage> images;  // in the order of the records; not all uploads have one
   std::uint32_t baseSequence = 0;      // the swaps carry it through; nothing else writes it
+  bool fromCalls = false;  // records of calls that this process has made and has had the memory for, not a file's
 };
 
 /// The stream as built at load: with room for a normal frame.

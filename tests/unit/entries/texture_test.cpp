@@ -255,6 +255,21 @@ TEST_F(Textures, AReplayThatSharesTheEntriesImagesLeavesWhatConvertingAgainLeave
   EXPECT_GT(shared, 30u);
 }
 
+TEST_F(TexturesWithContext, NamesByTheHundredThousandAreHandedOutOnce) {
+  std::vector<GLuint> names(300000);
+  GLuint next = 0;
+  glGenTextures(300000, names.data());
+  EXPECT_EQ(names.back(), 300000u);
+  wglSwapBuffers(window);
+  glGenTextures(1, &next);
+  EXPECT_EQ(next, 300001u);
+  std::uint32_t pixel = 0;
+  glClear(gl::kColorBufferBit);
+  glReadPixels(0, 0, 1, 1, gl::kBgra, gl::kUnsignedByte, &pixel);
+  glGenTextures(1, &next);
+  EXPECT_EQ(next, 300002u);
+}
+
 TEST_F(TexturesWithContext, ImagesEndWithTheirFrameAndWithARead) {
   const std::uint8_t texels[16] = {};
   const auto upload = [&] { glTexImage2D(gl::kTexture2D, 0, 4, 2, 2, 0, gl::kRgba, gl::kUnsignedByte, texels); };

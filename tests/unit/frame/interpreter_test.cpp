@@ -417,7 +417,14 @@ TEST_F(Interpreter, GenerationEqualsCallByCall) {
   }
 }
 
-TEST_F(Interpreter, AbsurdNameCountsAreBounded) {
+TEST_F(Interpreter, NamesOfCallsAreAllGeneratedAgain) {
+  builder.Put(kGenTextures, {300000, 0}).Put(kSwapBuffers);
+  builder.stream.fromCalls = true;
+  Replay(builder);
+  EXPECT_EQ(state.textureTable.size(), std::size_t{300001});
+}
+
+TEST_F(Interpreter, AbsurdNameCountsOfFilesAreBounded) {
   builder.Put(kGenTextures, {0x7FFFFFFF, 0}).Put(kGenTextures, {0x7FFFFFFF, 0}).Put(kGenTextures, {-1, 0});
   builder.Put(kSwapBuffers);
   Replay(builder);
