@@ -33,7 +33,16 @@ TEST(Color, ChannelsStandAlphaRedGreenBlue) {
   EXPECT_EQ(PackColor(0x11 / 255.0f, 0x22 / 255.0f, 0x33 / 255.0f, 0x44 / 255.0f), 0x44112233u);
 }
 
-TEST(Color, NotANumberPacksToZero) { EXPECT_EQ(PackColor(kNan, kNan, kNan, kNan), 0u); }
+TEST(Color, NotANumberIsNothingButInBlueWhereItReachesAlpha) {
+  EXPECT_EQ(PackColor(kNan, 0.5f, 0, 1), 0xFF008000u);
+  EXPECT_EQ(PackColor(1, kNan, 0, 1), 0xFFFF0000u);
+  EXPECT_EQ(PackColor(1, 0, 0, kNan), 0x00FF0000u);
+  EXPECT_EQ(PackColor(0, 0, kNan, 0), 0x80000000u);
+  EXPECT_EQ(PackColor(1, 0, -kNan, 1), 0xFFFF0000u);
+  EXPECT_EQ(PackColor(kNan, kNan, kNan, kNan), 0x80000000u);
+}
+
+TEST(Color, NotANumberIsAByteOfZero) { EXPECT_EQ(ChannelByte(kNan), 0u); }
 
 TEST(Color, EveryFractionRoundsToNearest) {
   for (int i = 0; i <= 1 << 16; ++i) {
