@@ -224,24 +224,52 @@ TEST_F(Emission, AStripHasOneWinding) {
   EXPECT_EQ(EmitPacket(packet, strip, nullptr), 0u);
 }
 
-TEST_F(Emission, NearPlaneMakesAFanWithOneState) {
-  NativePacket packet = PlainPacket(4, 3);
-  packet.mvp[11] = -1;  // w = 1 - z
-  packet.triangleTemplate.texEnvColor = 0x12345678u;
-  packet.triangleTemplate.blendMode = 3;
-  const PacketVertex v[3] = {{0, 0, 0.3f, 1, 0, 0}, {0.1f, 0, 0.3f, 2, 0, 0}, {0, 0.1f, -9, 3, 0, 0}};
+/// What the judge makes of the triangle `v`, having held each record and its state words against it.
+std::size_t ExpectFanWithOneState(NativePacket packet, const PacketVertex v[3]) {
+  auto& words = packet.triangleTemplate;
+  std::uint32_t next = 0x12345670u;
+  for (std::uint32_t* word : {&words.textureIndex, &words.blendMode, &words.alphaTest, &words.depthTest,
+                              &words.depthFunc, &words.depthWrite, &words.texEnvMode, &words.texEnvColor})
+    *word = next++;
   TriangleRecord out[48];
   const std::uint32_t count = EmitPacket(packet, v, out);
-  ASSERT_GE(count, 1u);
-  ASSERT_LE(count, 10u);
   std::vector<TriangleRecord> want;
   ScalarEmit(packet, v, {}, want);
-  ASSERT_EQ(count, want.size());
-  for (std::uint32_t i = 0; i < count; ++i) {
-    EXPECT_TRUE(SameBytes(out[i], want[i]));
-    EXPECT_EQ(out[i].texEnvColor, 0x12345678u);
-    EXPECT_EQ(out[i].blendMode, 3u);
+  EXPECT_EQ(count, want.size());
+  for (std::uint32_t i = 0; i < count && i < want.size(); ++i) {
+    EXPECT_TRUE(SameBytes(out[i], want[i])) << i;
+    EXPECT_EQ(out[i].textureIndex, words.textureIndex);
+    EXPECT_EQ(out[i].blendMode, words.blendMode);
+    EXPECT_EQ(out[i].alphaTest, words.alphaTest);
+    EXPECT_EQ(out[i].depthTest, words.depthTest);
+    EXPECT_EQ(out[i].depthFunc, words.depthFunc);
+    EXPECT_EQ(out[i].depthWrite, words.depthWrite);
+    EXPECT_EQ(out[i].texEnvMode, words.texEnvMode);
+    EXPECT_EQ(out[i].texEnvColor, words.texEnvColor);
   }
+  return count;
+}
+
+TEST_F(Emission, NearPlaneMakesAFanWithOneState) {
+  NativePacket packet = PlainPacket(4, 3);
+  packet.mvp[10] = -11.0f / 9;  // a frustum from 1 to 10
+  packet.mvp[11] = -1;
+  packet.mvp[14] = -20.0f / 9;
+  packet.mvp[15] = 0;
+  const PacketVertex far[3] = {{0, 0, -3, 1, 0, 0}, {0.1f, 0, -3, 2, 0, 0}, {0, 0.1f, -2, 3, 0, 0}};
+  EXPECT_EQ(ExpectFanWithOneState(packet, far), 1u);
+  const PacketVertex oneNear[3] = {far[0], far[1], {0, 0.1f, -0.5f, 3, 0, 0}};
+  EXPECT_EQ(ExpectFanWithOneState(packet, oneNear), 2u);
+  const PacketVertex oneBehind[3] = {far[0], far[1], {0, 0.1f, 9, 3, 0, 0}};
+  EXPECT_GE(ExpectFanWithOneState(packet, oneBehind), 2u);
+}
+
+TEST_F(Emission, ATriangleAcrossAllSixPlanesMakesTheLargestFan) {
+  // A plane cuts the cube of view in a hexagon, and each side of the triangle takes one of its corners: nine.
+  constexpr float kOut = 1.84f;
+  const PacketVertex v[3] = {
+      {-kOut, kOut, 0, 0xFF0000FFu, 0, 0}, {0, -kOut, kOut, 0xFF00FF00u, 1, 0}, {kOut, 0, -kOut, 0xFFFF0000u, 0, 1}};
+  EXPECT_EQ(ExpectFanWithOneState(PlainPacket(4, 3), v), 7u);
 }
 
 TEST_F(Emission, FanTrianglesShareTheirInnerEdges) {
