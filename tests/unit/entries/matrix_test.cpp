@@ -1,7 +1,12 @@
 // Matrix stacks, viewport and depth range.
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include "entry_fixture.h"
 #include "wgl/context.h"
@@ -237,6 +242,34 @@ TEST_F(MatrixWithContext, AViewportMakesTheSurfaceLargeEnough) {
   EXPECT_EQ(surface.height, 48);
   glViewport(0, 0, 10, 10);
   EXPECT_EQ(surface.width, 100);
+}
+
+TEST_F(MatrixWithContext, ALargerViewportDropsThePictureAndTheDepths) {
+  const Surface& surface = static_cast<ContextRecord*>(context)->surface;
+  const auto fill = [&surface](float depth) {
+    for (std::int32_t i = 0; i < surface.width * surface.height; ++i) surface.depthBuffer[i] = depth;
+  };
+  glClearDepth(0.75);
+  fill(0.25f);
+  surface.colorBuffer[0] = 0x11223344u;
+  glViewport(0, 0, 64, 48);
+  EXPECT_EQ(surface.depthBuffer[64 * 48 - 1], 0.25f);
+  EXPECT_EQ(surface.colorBuffer[0], 0x11223344u);
+#if defined(__GLIBC__)
+  mallopt(M_PERTURB, 0x5A);  // new memory is 0xA5 throughout, until someone writes to it
+#endif
+  glViewport(0, 0, 80, 48);
+#if defined(__GLIBC__)
+  mallopt(M_PERTURB, 0);
+#endif
+  EXPECT_EQ(surface.colorBuffer[0], 0u);
+  ASSERT_NE(surface.depthBuffer, nullptr);
+  EXPECT_EQ(state().pendingDepthClear, 0);
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+  for (std::int32_t i = 0; i < 80 * 48; ++i)
+    ASSERT_EQ(std::bit_cast<std::uint32_t>(surface.depthBuffer[i]), 0xA5A5A5A5u) << i;
+#endif
+  fill(0.5f);  // as many as the surface has pixels now
 }
 
 }  // namespace

@@ -143,6 +143,33 @@ TEST_F(ReadBack, AClearIsDrainedAndReadAndTheNextReadLeavesThePicture) {
   EXPECT_EQ(second, 0xFF0000FFu);
 }
 
+TEST_F(ReadBack, ASecondReadFindsNoClearAndNoTrianglesAndLeavesThePicture) {
+  glClearColor(0, 0, 1, 1);
+  glClearDepth(1);
+  glClear(gl::kColorBufferBit | gl::kDepthBufferBit);
+  glColor4ub(255, 0, 0, 255);
+  glBegin(gl::kTriangles);  // the lower left half
+  glVertex2f(-1, -1);
+  glVertex2f(1, -1);
+  glVertex2f(-1, 1);
+  glEnd();
+  std::uint32_t first[8 * 4] = {}, second[8 * 4] = {};
+  glReadPixels(0, 0, 8, 4, gl::kBgra, gl::kUnsignedByte, first);
+  EXPECT_EQ(first[0], 0xFFFF0000u);
+  EXPECT_EQ(first[8 * 4 - 1], 0xFF0000FFu);
+  EXPECT_EQ(state().pendingColorClear, 0);
+  EXPECT_EQ(state().pendingDepthClear, 0);
+  EXPECT_TRUE(state().triangles.empty());
+  // A clear or triangle that came back would paint over this.
+  MarkSurface();
+  glReadPixels(0, 0, 8, 4, gl::kBgra, gl::kUnsignedByte, second);
+  EXPECT_EQ(state().pendingColorClear, 0);
+  EXPECT_EQ(state().pendingDepthClear, 0);
+  EXPECT_TRUE(state().triangles.empty());
+  for (std::uint32_t y = 0; y < 4; ++y)
+    for (std::uint32_t x = 0; x < 8; ++x) EXPECT_EQ(second[y * 8 + x], 0xAA000011u | (3 - y) << 16 | x << 8);
+}
+
 TEST_F(ReadBack, ATriangleIsRenderedByTheRead) {
   glClearColor(0, 0, 0, 1);
   glClear(gl::kColorBufferBit | gl::kDepthBufferBit);
