@@ -35,6 +35,14 @@ constexpr wchar_t kStore[] = L"Software\\TLR2\\Driver";
 constexpr std::uint32_t kGround = 0x30508F, kOtherGround = 0xA01060;
 constexpr int kPatienceMs = 4000;
 
+/// Whether the store's key is there at all, with values or without.
+bool StoreExists() {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, kStore, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+  RegCloseKey(key);
+  return true;
+}
+
 void RemoveStore() { RegDeleteKeyW(HKEY_CURRENT_USER, kStore); }
 
 std::map<std::string, std::int32_t> StoredValues() {
@@ -166,7 +174,14 @@ TEST_F(ControlPanel, StandsBesideTheWindowWithItsTitleAndSize) {
             static_cast<LONG>(WS_OVERLAPPEDWINDOW));
 }
 
-TEST_F(ControlPanel, OpeningItStoresNothing) { EXPECT_TRUE(StoredValues().empty()); }
+TEST_F(ControlPanel, TheStoreAppearsWithTheFirstChangeAndNotBefore) {
+  EXPECT_FALSE(StoreExists());
+  Frame();
+  EXPECT_FALSE(StoreExists());
+  Click(120);
+  EXPECT_TRUE(StoreExists());
+  EXPECT_EQ(StoredValues().size(), 18u);
+}
 
 TEST_F(ControlPanel, EveryControlIsAtItsPlaceInTheOrderOfTheTable) {
   HWND child = GetWindow(panel, GW_CHILD);
