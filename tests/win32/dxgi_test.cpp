@@ -1,7 +1,6 @@
 // The Direct3D 11 device under a surface: buffers, flips, failures and what each of them traces.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -22,6 +21,7 @@ class DxgiSurface : public testing::Test {
   DxgiSurface() { TraceLines().clear(); }
   ~DxgiSurface() override {
     failingStep = nullptr;
+    test::onTraceLine = nullptr;
     SetOverlayHook(nullptr, nullptr);
     SurfaceDestroy(surface);
   }
@@ -74,7 +74,6 @@ TEST_F(DxgiSurface, CreateFailsWithoutWindowOrSizeAndTracesNothing) {
 
 TEST_F(DxgiSurface, EveryFailingStepTracesItsLabelAndLeavesNothing) {
   static constexpr const char* kLabels[] = {
-      "D3D11CreateDevice(WARP)",
       "QueryInterface(IDXGIDevice)",
       "GetAdapter",
       "GetParent(IDXGIFactory2)",
@@ -92,7 +91,6 @@ TEST_F(DxgiSurface, EveryFailingStepTracesItsLabelAndLeavesNothing) {
       "CreateRasterizerState",
   };
   for (const char* label : kLabels) {
-    if (std::strcmp(label, "D3D11CreateDevice(WARP)") == 0) continue;  // reached only after the hardware's failure
     TraceLines().clear();
     failingStep = label;
     EXPECT_FALSE(Create()) << label;
@@ -111,6 +109,21 @@ TEST_F(DxgiSurface, WithoutHardwareTheSoftwareDeviceIsUsedAfterOneLine) {
   EXPECT_TRUE(Create());
   ASSERT_EQ(TraceLines().size(), 1u);
   EXPECT_EQ(TraceLines()[0], "TLR2::DxgiPresent::Init (step=D3D11CreateDevice(HARDWARE), hr=0x80004005)");
+}
+
+TEST_F(DxgiSurface, WithNeitherDeviceEachTracesItsLabelAndNothingIsLeft) {
+  failingStep = "D3D11CreateDevice(HARDWARE)";
+  test::onTraceLine = [] { failingStep = "D3D11CreateDevice(WARP)"; };  // tried once the first has failed
+  EXPECT_FALSE(Create());
+  test::onTraceLine = nullptr;
+  ASSERT_EQ(TraceLines().size(), 3u);
+  EXPECT_EQ(TraceLines()[0], "TLR2::DxgiPresent::Init (step=D3D11CreateDevice(HARDWARE), hr=0x80004005)");
+  EXPECT_EQ(TraceLines()[1], "TLR2::DxgiPresent::Init (step=D3D11CreateDevice(WARP), hr=0x80004005)");
+  EXPECT_EQ(TraceLines()[2], "TLR2::Surface::Create (DxgiPresent::Init failed; w=203 h=57 render=203x57)");
+  EXPECT_EQ(surface.device, nullptr);
+  EXPECT_FALSE(SurfaceReady(surface));
+  failingStep = nullptr;
+  EXPECT_TRUE(Create());
 }
 
 TEST_F(DxgiSurface, AMapThatFailsAtTheStartFailsTheCreate) {

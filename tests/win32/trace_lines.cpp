@@ -9,6 +9,8 @@
 namespace tlr2 {
 
 namespace test {
+void (*onTraceLine)() = nullptr;
+
 std::vector<std::string>& TraceLines() {
   static std::vector<std::string> lines;
   return lines;
@@ -23,6 +25,7 @@ void TraceCall(const char* name, const char* format, ...) noexcept {
   std::vsnprintf(text, sizeof text, format, list);
   va_end(list);
   test::TraceLines().push_back(std::string(name) + " " + text);
+  if (test::onTraceLine != nullptr) test::onTraceLine();
 }
 
 }  // namespace tlr2
