@@ -10,14 +10,25 @@
  *   SPLIT_CLAIM              the claim is an increment that does not carry the ticket
  *   UNFILLED_SLEEPS_ON_HEAD  a worker that met an unfilled slot sleeps on head instead of wake
  *   BUFFERED_COMPLETION      a finisher's store of `completed` may stay in its store buffer while it looks at others
+ *   STORED_HEAD              head is moved by a plain store: somebody late moves it back
+ *   RESET_BETWEEN            `completed` is reset after the ticket's publication
+ *   RESET_LATE               `completed` is reset after both publications
+ *   SEEN_LATE                a worker reads wake after head and tail: it may miss what was published between
+ *   BARRIER_ANYWHERE         a barrier hides what is behind it, but is acted on wherever it stands
  * and, without a fault:
  *   RUN_AHEAD                the producer waits once, after its last job
  *   BARRIER                  the second job is a barrier
  */
 #define SLOTS 2
 #define TASKS 2
+/* Five: a head that was moved back heals in shorter runs, as the next finisher moves it on past the same slots. A
+ * producer that runs ahead has many more interleavings, and three jobs already take each slot through a second one. */
 #ifndef JOBS
+#ifdef RUN_AHEAD
 #define JOBS 3
+#else
+#define JOBS 5
+#endif
 #endif
 #ifndef WORKERS
 #define WORKERS 2
@@ -76,9 +87,17 @@ proctype Producer() {
      completed[SLOT(t)] = false;
 #else
      doneTasks[SLOT(t)] = 0;
+#if !defined(RESET_BETWEEN) && !defined(RESET_LATE)
      completed[SLOT(t)] = false;
+#endif
      ticket[SLOT(t)] = t;
+#ifdef RESET_BETWEEN
+     completed[SLOT(t)] = false;
+#endif
      atomic { claimTicket[SLOT(t)] = t; left[SLOT(t)] = FIRST_LEFT(t) }
+#ifdef RESET_LATE
+     completed[SLOT(t)] = false;
+#endif
 #endif
      wake++;
 #ifndef RUN_AHEAD
@@ -104,12 +123,16 @@ inline Retire() {
      :: !completed[SLOT(r)] -> break
      :: else
      fi;
+#ifdef STORED_HEAD
+     head = r + 1
+#else
      atomic {
        if
        :: head == r -> head++
        :: else
        fi
      }
+#endif
   od
 }
 
@@ -159,13 +182,19 @@ end:
 proctype Worker(byte me) {
   byte seen, h, t, j, k, r;
 pass:
+#ifdef SEEN_LATE
+  h = head;
+  t = tail;
+#endif
   seen = wake;
   if
   :: over -> goto leave
   :: else
   fi;
+#ifndef SEEN_LATE
   h = head;
   t = tail;
+#endif
   if
   :: h >= t -> goto sleepOnWake
   :: else -> j = h
@@ -196,7 +225,9 @@ walk:
   }
   if
   :: k == 0 -> j++; goto walk
+#ifndef BARRIER_ANYWHERE
   :: k == PENDING && j != h -> goto sleepOnHead
+#endif
   :: else
   fi;
   atomic {
