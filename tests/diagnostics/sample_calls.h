@@ -32,6 +32,7 @@ struct Place {
 #define TLR2_SAMPLE_GLubyte static_cast<GLubyte>(200 + place())
 #define TLR2_SAMPLE_GLushort static_cast<GLushort>(50000 + place())
 #define TLR2_SAMPLE_GLuint (3000000000u + static_cast<GLuint>(place()))
+#define TLR2_SAMPLE_GLuintMask (3000000000u + static_cast<GLuint>(place()))
 #define TLR2_SAMPLE_GLfloat (static_cast<GLfloat>(place()) + 0.5f)
 #define TLR2_SAMPLE_GLclampf (static_cast<GLclampf>(place()) + 0.25f)
 #define TLR2_SAMPLE_GLdouble (static_cast<GLdouble>(place()) + 0.125)

@@ -29,7 +29,7 @@ constexpr unsigned StackBytes() noexcept {
 
 }  // namespace tlr2
 
-// Type tags: the tag's type.
+// Type tags: the tag's type. A bit mask prints as one also where its type is the unsigned integer's.
 #define TLR2_TYPE_void void
 #define TLR2_TYPE_GLenum GLenum
 #define TLR2_TYPE_GLboolean GLboolean
@@ -41,6 +41,7 @@ constexpr unsigned StackBytes() noexcept {
 #define TLR2_TYPE_GLubyte GLubyte
 #define TLR2_TYPE_GLushort GLushort
 #define TLR2_TYPE_GLuint GLuint
+#define TLR2_TYPE_GLuintMask GLuint
 #define TLR2_TYPE_GLfloat GLfloat
 #define TLR2_TYPE_GLclampf GLclampf
 #define TLR2_TYPE_GLdouble GLdouble
@@ -66,6 +67,7 @@ constexpr unsigned StackBytes() noexcept {
 #define TLR2_PRINT_GLubyte "%u"
 #define TLR2_PRINT_GLushort "%u"
 #define TLR2_PRINT_GLuint "%u"
+#define TLR2_PRINT_GLuintMask "0x%08X"
 #define TLR2_PRINT_GLfloat "%f"
 #define TLR2_PRINT_GLclampf "%f"
 #define TLR2_PRINT_GLdouble "%f"
@@ -96,6 +98,7 @@ constexpr unsigned StackBytes() noexcept {
 #define TLR2_VALUE_GLubyte TLR2_AS_UNSIGNED
 #define TLR2_VALUE_GLushort TLR2_AS_UNSIGNED
 #define TLR2_VALUE_GLuint TLR2_AS_UNSIGNED
+#define TLR2_VALUE_GLuintMask TLR2_AS_UNSIGNED
 #define TLR2_VALUE_GLfloat TLR2_AS_DOUBLE
 #define TLR2_VALUE_GLclampf TLR2_AS_DOUBLE
 #define TLR2_VALUE_GLdouble TLR2_AS_DOUBLE

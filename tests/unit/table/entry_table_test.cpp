@@ -153,6 +153,10 @@ TEST(Table, TraceFormatsFollowTheKindsOfTheArguments) {
   EXPECT_STREQ(Row(Entry::glTexParameteri).traceFormat, "(target=0x%04X, pname=0x%04X, param=%d)");
   EXPECT_STREQ(Row(Entry::glGenTextures).traceFormat, "(n=%d, textures=%p)");
   EXPECT_STREQ(Row(Entry::glClear).traceFormat, "(mask=0x%08X)");
+  EXPECT_STREQ(Row(Entry::glStencilMask).traceFormat, "(mask=0x%08X)");
+  EXPECT_STREQ(Row(Entry::glIndexMask).traceFormat, "(mask=0x%08X)");
+  EXPECT_STREQ(Row(Entry::glStencilFunc).traceFormat, "(func=0x%04X, ref=%d, mask=0x%08X)");
+  EXPECT_STREQ(Row(Entry::wglCopyContext).traceFormat, "(hglrcSrc=%p, hglrcDst=%p, mask=0x%08X)");
   EXPECT_STREQ(Row(Entry::glDepthMask).traceFormat, "(flag=%u)");
   EXPECT_STREQ(Row(Entry::glColor4ub).traceFormat, "(red=%u, green=%u, blue=%u, alpha=%u)");
   EXPECT_STREQ(Row(Entry::glColor3b).traceFormat, "(red=%d, green=%d, blue=%d)");
