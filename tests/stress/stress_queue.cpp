@@ -2,7 +2,8 @@
 //   stress_queue --jobs N --workers W --mix constant|mixed
 // constant: every job has 8 tasks and is waited for, as a frame's job is. mixed: 1 to 67 tasks of uneven length, up to
 // three laps of the ring enqueued between two waits, a barrier now and then.
-// Exit code 0: every task ran exactly once, and WaitIdle never returned before them. A lost job is a hang.
+// Exit code 0: every task ran exactly once, none before the tasks ahead of its last barrier had ended, and WaitIdle
+// never returned before them. A lost job is a hang.
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +22,9 @@ constexpr std::int32_t kMostTasks = 67;
 struct Job {
   std::int32_t taskCount = 0;
   std::uint32_t work = 0;
+  std::int32_t tasksAhead = 0;                 // of the last barrier before this job, since the last wait
+  std::atomic<std::int32_t>* ended = nullptr;  // tasks that ended since then; null: nobody asks
+  std::atomic<std::int32_t> early{0};          // tasks that ran before the barrier let them
   std::atomic<std::int32_t> runs[kMostTasks] = {};
   std::uint32_t plain[kMostTasks] = {};  // written by the task, read after WaitIdle: its effects must be visible
   bool rangeSeen[kMostTasks] = {};
@@ -28,6 +32,8 @@ struct Job {
 
 void RunTask(const RJQ::JobRange* range, std::int32_t task, void* context) {
   Job& job = *static_cast<Job*>(context);
+  // Relaxed: what orders the two is the queue's to provide.
+  if (job.ended != nullptr && job.ended->load(std::memory_order_relaxed) < job.tasksAhead) job.early.fetch_add(1);
   if (task < 0 || task >= kMostTasks) {
     std::fprintf(stderr, "task index %d\n", task);
     std::abort();
@@ -37,6 +43,7 @@ void RunTask(const RJQ::JobRange* range, std::int32_t task, void* context) {
   job.plain[task] = value | 1u;
   job.rangeSeen[task] = range->taskCount == job.taskCount && range->user[0] == job.work;
   job.runs[task].fetch_add(1, std::memory_order_relaxed);
+  if (job.ended != nullptr) job.ended->fetch_add(1, std::memory_order_relaxed);
 }
 
 bool CheckAndClear(Job& job, std::uint64_t number) {
@@ -51,6 +58,11 @@ bool CheckAndClear(Job& job, std::uint64_t number) {
     job.runs[i].store(0, std::memory_order_relaxed);
     job.plain[i] = 0;
     job.rangeSeen[i] = false;
+  }
+  if (const std::int32_t early = job.early.load(std::memory_order_relaxed); early != 0) {
+    std::fprintf(stderr, "near job %llu: %d tasks ran before the %d ahead of their barrier\n",
+                 static_cast<unsigned long long>(number), early, job.tasksAhead);
+    return false;
   }
   return true;
 }
@@ -104,17 +116,26 @@ int main(int argc, char** argv) {
     return (random >> 8) % bound;
   };
   std::uint64_t tasks = 0;
+  std::atomic<std::int32_t> ended{0};
   const std::int64_t begin = tlr2::TicksNow();
   for (std::uint64_t done = 0; done < options.jobs;) {
     std::uint32_t batch = 1;
     if (options.mixed && next(4) == 0) batch = 1 + next(kMostJobsInFlight);
     if (batch > options.jobs - done) batch = static_cast<std::uint32_t>(options.jobs - done);
+    std::int32_t enqueued = 0, tasksAhead = 0;
+    ended.store(0, std::memory_order_relaxed);
     for (std::uint32_t i = 0; i < batch; ++i) {
       Job& job = jobs[i];
       job.taskCount = options.mixed ? 1 + static_cast<std::int32_t>(next(kMostTasks)) : 8;
       job.work = options.mixed && next(16) == 0 ? 100 : 1;
       tasks += static_cast<std::uint64_t>(job.taskCount);
-      if (options.mixed && next(50) == 0) RJQ::Enqueue(*queue, RJQ::kBarrierJob, RJQ::JobRange{}, nullptr, nullptr);
+      if (options.mixed && next(50) == 0) {
+        RJQ::Enqueue(*queue, RJQ::kBarrierJob, RJQ::JobRange{}, nullptr, nullptr);
+        tasksAhead = enqueued;
+      }
+      job.tasksAhead = tasksAhead;
+      job.ended = options.mixed ? &ended : nullptr;
+      enqueued += job.taskCount;
       RJQ::Enqueue(*queue, RJQ::kTaskJob, RJQ::JobRange{{job.work, 0, 0, 0}, job.taskCount}, RunTask, &job);
     }
     RJQ::WaitIdle(*queue);

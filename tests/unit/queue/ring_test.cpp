@@ -191,6 +191,52 @@ TEST(Queue, ShutdownJobSendsEveryWorkerHome) {
   EXPECT_EQ(queue->head.load(), 1);  // the shutdown itself is never retired
 }
 
+TEST(Queue, ShutdownHidesWhatIsBehindItAndIsReachedOnlyAtTheHead) {
+  const OwnedQueue queue = MakeQueue(3);
+  Gate gate;
+  std::vector<std::atomic<int>> runs(4);
+  Enqueue(*queue, kTaskJob, Tasks(1), Gate::Pass, &gate);
+  Enqueue(*queue, kShutdownJob, JobRange{}, nullptr, nullptr);
+  Enqueue(*queue, kTaskJob, Tasks(4), CountIndex, runs.data());
+  EXPECT_TRUE(Eventually([&] { return gate.entered.load() == 1; }));
+  for (WorkerRecord& worker : queue->workers) EXPECT_FALSE(tlr2::ThreadWait(worker.thread, 30)) << worker.index;
+  EXPECT_EQ(queue->head.load(), 0);
+  gate.open.store(true);
+  for (WorkerRecord& worker : queue->workers) EXPECT_TRUE(tlr2::ThreadWait(worker.thread, 10000)) << worker.index;
+  EXPECT_EQ(gate.left.load(), 1);
+  EXPECT_EQ(queue->head.load(), 1);
+  for (const auto& run : runs) EXPECT_EQ(run.load(), 0);
+}
+
+TEST(Queue, BarriersKeepTheOrderOfWhatTheyStandBetween) {
+  constexpr int kJobs = 6, kTasksEach = 5, kRepeats = 300;
+  const OwnedQueue queue = MakeQueue(4);
+  struct Stretch {
+    std::atomic<int>* finished;
+    int before;  // tasks ahead of the last barrier
+    std::atomic<int>* early;
+    static void Run(const JobRange*, std::int32_t index, void* context) {
+      const auto& stretch = *static_cast<const Stretch*>(context);
+      if (stretch.finished->load(std::memory_order_relaxed) < stretch.before) stretch.early->fetch_add(1);
+      if (index == 0) std::this_thread::yield();
+      stretch.finished->fetch_add(1, std::memory_order_relaxed);
+    }
+  };
+  std::atomic<int> finished{0}, early{0};
+  std::vector<Stretch> stretches(kJobs);
+  for (int repeat = 0; repeat < kRepeats; ++repeat) {
+    finished.store(0);
+    for (int i = 0; i < kJobs; ++i) {
+      stretches[i] = Stretch{&finished, i / 2 * 2 * kTasksEach, &early};
+      if (i > 0 && i % 2 == 0) Enqueue(*queue, kBarrierJob, JobRange{}, nullptr, nullptr);
+      Enqueue(*queue, kTaskJob, Tasks(kTasksEach), Stretch::Run, &stretches[i]);
+    }
+    WaitIdle(*queue);
+    ASSERT_EQ(finished.load(), kJobs * kTasksEach);
+    ASSERT_EQ(early.load(), 0) << "in round " << repeat;
+  }
+}
+
 TEST(Queue, TicketsWrapAround) {
   QueueOptions options;
   options.firstTicket = 0x7FFFFFFF - 100;
@@ -214,8 +260,7 @@ TEST(Queue, TicketsPassMinusOne) {
   EXPECT_EQ(queue->head.load(), 200);
 }
 
-// The worker that reads a slot, is preempted for a lap of the ring, and then claims.
-TEST(Queue, StaleClaimTakesNothing) {
+TEST(Queue, ClaimWordOfTheLapBeforeIsAnother) {
   const OwnedQueue queue = MakeQueue(1);
   std::vector<std::atomic<int>> runs(4);
   Gate gate;
