@@ -10,14 +10,15 @@ LANE_FN Mask AlphaPasses(const Color& source) { return Less(Splat(kAlphaReferenc
 
 LANE_FN bool Blends(std::uint32_t mode) { return mode >= 1 && mode <= 3; }
 
-LANE_FN Color Blend(std::uint32_t mode, const Color& s, const Color& d) {
+template <typename Lanes>
+LANE_FN ColorOf<Lanes> Blend(std::uint32_t mode, const ColorOf<Lanes>& s, const ColorOf<Lanes>& d) {
   switch (mode) {
     case 1:
       return {Add(s.r, d.r), Add(s.g, d.g), Add(s.b, d.b), Add(s.a, d.a)};
     case 2:
       return {ScaledProduct(s.r, d.r), ScaledProduct(s.g, d.g), ScaledProduct(s.b, d.b), ScaledProduct(s.a, d.a)};
     default: {
-      const Floats a = Mul(s.a, Splat(kByteScale));
+      const Lanes a = Mul(s.a, Splat(kByteScale));
       return {Mix(s.r, d.r, a), Mix(s.g, d.g, a), Mix(s.b, d.b, a), Mix(s.a, d.a, a)};
     }
   }

@@ -118,15 +118,30 @@ LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, co
   }
 }
 
-/// Opaque triangles that most likely share as the last one did. Returns false where they do not, with nothing drawn.
+/// The common triangles: those that fill a tile with modulated texels, and opaque ones that most likely share as the
+/// last one did. Returns false for others, with nothing drawn.
 [[gnu::noinline]] bool DrawAsExpected(std::int32_t kernelMode, const Surface& surface,
-                                      const Barycentrics (&weights)[kPlanes], const Fragments& fragments, int ahead,
+                                      const Barycentrics (&weights)[kPlanes], const Fragments& fragments, int& ahead,
                                       Tile& tile) {
+  const TriangleRecord& t = *surface.triangle;
+  if (kernelMode != 1 || ahead < 2 || fragments.writesDepth || t.alphaTest != 0) return false;
+  const bool opaque = !Blends(t.blendMode);
   if (surface.texture == nullptr) {
-    return ahead == 2 && DrawGradient(kernelMode, surface, weights, fragments, tile);
+    return opaque && ahead == 2 && DrawGradient(surface, weights, fragments, tile);
   }
-  return ahead == 4 && surface.constantColor && surface.triangle->filterMode == 0 &&
-         surface.triangle->texEnvMode == 0 && kernelMode == 1 && DrawOwn(surface, weights, fragments, tile);
+  if (t.texEnvMode != 0) return false;
+  if (fragments.allLive) {
+    if (opaque) {
+      ahead = surface.constantColor ? DrawWhole<true, true>(surface, weights, ahead, tile)
+                                    : DrawWhole<true, false>(surface, weights, ahead, tile);
+    } else {
+      ahead = surface.constantColor ? DrawWhole<false, true>(surface, weights, ahead, tile)
+                                    : DrawWhole<false, false>(surface, weights, ahead, tile);
+    }
+    return true;
+  }
+  return opaque && ahead == 4 && surface.constantColor && t.filterMode == 0 &&
+         DrawOwn(surface, weights, fragments, tile);
 }
 
 template <bool kOpaque>
@@ -214,9 +229,10 @@ LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries,
     if (fragments.writesDepth || WritesAtOnce(step)) tile.depthDirty = true;
     Surface surface;
     SetUpSurface(args, t, surface);
+    if (DrawAsExpected(args.kernelMode, surface, weights, fragments, ahead, tile)) continue;
     if (fragments.writesDepth || t.alphaTest != 0 || Blends(t.blendMode)) {
       Draw<false>(args, surface, fragments, weights, ahead, tile);
-    } else if (!DrawAsExpected(args.kernelMode, surface, weights, fragments, ahead, tile)) {
+    } else {
       Draw<true>(args, surface, fragments, weights, ahead, tile);
     }
   }

@@ -11,9 +11,9 @@ LANE_FN bool WantsMiddle(const Fragments& fragments) {
 }
 
 /// Draws an opaque triangle. Returns whether its planes do share so; where they do not, nothing is drawn.
-[[gnu::noinline]] bool DrawGradient(std::int32_t kernelMode, const Surface& surface,
-                                    const Barycentrics (&weights)[kPlanes], const Fragments& fragments, Tile& tile) {
-  if (kernelMode != 1 || surface.constantColor || !WantsMiddle(fragments)) return false;
+[[gnu::noinline]] bool DrawGradient(const Surface& surface, const Barycentrics (&weights)[kPlanes],
+                                    const Fragments& fragments, Tile& tile) {
+  if (surface.constantColor || !WantsMiddle(fragments)) return false;
   const float* w = surface.triangle->invW;
   const Vertices invW = SplatVertices(w[0], w[1], w[2]);
   const VertexColors colors = SplatColors(surface);

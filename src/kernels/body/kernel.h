@@ -25,6 +25,7 @@
 #include "kernels/body/sharing.h"
 #include "kernels/body/gradient.h"
 #include "kernels/body/own.h"
+#include "kernels/body/whole.h"
 #include "kernels/body/packed.h"
 #include "kernels/body/forms.h"
 // clang-format on

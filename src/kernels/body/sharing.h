@@ -38,13 +38,15 @@ LANE_FN bool StatisticBelow(const Color& c, float root, float square) {
   return StatisticBelow(Luminance(c), root, square);
 }
 
-LANE_FN Color Average(const Color& x, const Color& y) {
-  return Scale(Color{Add(x.r, y.r), Add(x.g, y.g), Add(x.b, y.b), Add(x.a, y.a)}, 0.5f);
+template <typename Lanes>
+LANE_FN ColorOf<Lanes> Average(const ColorOf<Lanes>& x, const ColorOf<Lanes>& y) {
+  return Scale(ColorOf<Lanes>{Add(x.r, y.r), Add(x.g, y.g), Add(x.b, y.b), Add(x.a, y.a)}, 0.5f);
 }
-LANE_FN Color Average(const Color& x, const Color& y, const Color& z) {
-  return Scale(
-      Color{Add(Add(x.r, y.r), z.r), Add(Add(x.g, y.g), z.g), Add(Add(x.b, y.b), z.b), Add(Add(x.a, y.a), z.a)},
-      0.33333334f);
+template <typename Lanes>
+LANE_FN ColorOf<Lanes> Average(const ColorOf<Lanes>& x, const ColorOf<Lanes>& y, const ColorOf<Lanes>& z) {
+  return Scale(ColorOf<Lanes>{Add(Add(x.r, y.r), z.r), Add(Add(x.g, y.g), z.g), Add(Add(x.b, y.b), z.b),
+                              Add(Add(x.a, y.a), z.a)},
+               0.33333334f);
 }
 
 /// Which slots hold colours, and of which planes: planes without a live lane need none.
