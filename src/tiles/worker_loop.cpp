@@ -149,12 +149,13 @@ void WorkerLoopEntry(const RJQ::JobRange* /*range*/, std::int32_t taskIndex, voi
   const std::int64_t waitStart = TicksNow();
   // Set before the job was enqueued. The queue's hand-over orders it; the word is read afresh in case it did not.
   while (__atomic_load_n(&state.trianglesPublished, __ATOMIC_ACQUIRE) == 0) SpinPause();
-  const std::int64_t binStart = TicksNow();
+  const std::int64_t waitEnd = TicksNow();
 
   const std::uint32_t count = state.publishedTriangleCount;
   TileDiscoveryStats& record = DiscoveryRecord(taskIndex);
   record.invocations.store(record.invocations.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   EmptyLists(state, frame, partition);
+  const std::int64_t binStart = TicksNow();
   DiscoveryCounts counts = {};
   DiscoverTriangles(MakeDiscoveryGrid(state, taskIndex), state.triangles.data(), count, counts);
   AddDiscovery(record, count, counts);
@@ -168,7 +169,7 @@ void WorkerLoopEntry(const RJQ::JobRange* /*range*/, std::int32_t taskIndex, voi
   StageAdd(8, binTicks, 1);
   StageAdd(9, rasterTicks, 1);
   CounterAdd(frameAccumulators.macroTiles, macroTiles);
-  CounterAdd(frameAccumulators.wait, Span(waitStart, binStart));
+  CounterAdd(frameAccumulators.wait, Span(waitStart, waitEnd));
   CounterAdd(frameAccumulators.bin, binTicks);
   CounterAdd(frameAccumulators.spare, 0);
   CounterAdd(frameAccumulators.raster, rasterTicks);
