@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "private_queue.h"
+#include "sanitizers.h"
 
 namespace RJQ::test {
 namespace {
@@ -42,7 +43,7 @@ void CountIndex(const JobRange*, std::int32_t index, void* context) {
 }
 
 TEST(Queue, StaleClaimTakesNothing) {
-#if defined(__SANITIZE_THREAD__)
+#if TLR2_THREAD_SANITIZER
   GTEST_SKIP() << "SKIPPED: the sanitizer writes in the thread's place";
 #endif
   const auto pageSize = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
