@@ -10,6 +10,7 @@
 #include "kernels/lanes/inline.h"
 
 #define TLR2_LANES_FUSE 0
+#include "kernels/lanes/float8.h"
 #include "kernels/lanes/quad.h"
 
 namespace tlr2 {
@@ -17,15 +18,9 @@ namespace {
 
 constexpr int kLanes = 16;
 
-// A part: the lanes of one float register.
-struct FloatsPart {
-  __m256 v;
-};
+// A part's integers: the lanes of one float register.
 struct IntsPart {
   __m128i a, b;
-};
-struct MaskPart {
-  __m256 v;  // all bits of a lane, or none
 };
 
 LANE_FN __m256 Join(__m128i low, __m128i high) {
@@ -35,29 +30,15 @@ LANE_FN __m128i Low(__m256 x) { return _mm_castps_si128(_mm256_castps256_ps128(x
 LANE_FN __m128i High(__m256 x) { return _mm_castps_si128(_mm256_extractf128_ps(x, 1)); }
 
 // Values.
-LANE_FN FloatsPart Splat(float v) { return {_mm256_set1_ps(v)}; }
 LANE_FN IntsPart Splat(std::int32_t v) {
   const __m128i r = _mm_set1_epi32(v);
   return {r, r};
 }
-LANE_FN MaskPart NoLane() { return {_mm256_setzero_ps()}; }
 
 // Float arithmetic.
-LANE_FN FloatsPart Add(FloatsPart x, FloatsPart y) { return {_mm256_add_ps(x.v, y.v)}; }
-LANE_FN FloatsPart Sub(FloatsPart x, FloatsPart y) { return {_mm256_sub_ps(x.v, y.v)}; }
-LANE_FN FloatsPart Mul(FloatsPart x, FloatsPart y) { return {_mm256_mul_ps(x.v, y.v)}; }
-LANE_FN FloatsPart Div(FloatsPart x, FloatsPart y) { return {_mm256_div_ps(x.v, y.v)}; }
 LANE_FN FloatsPart MulAdd(FloatsPart x, FloatsPart y, FloatsPart z) { return Add(Mul(x, y), z); }
 LANE_FN FloatsPart MulSub(FloatsPart x, FloatsPart y, FloatsPart z) { return Sub(Mul(x, y), z); }
 LANE_FN float MulSub(float x, float y, float z) { return x * y - z; }
-/// x > y ? x : y, so the second operand where either is NaN.
-LANE_FN FloatsPart Max(FloatsPart x, FloatsPart y) { return {_mm256_max_ps(x.v, y.v)}; }
-LANE_FN FloatsPart Abs(FloatsPart x) {
-  const __m256 m = _mm256_castsi256_ps(_mm256_set1_epi32(0x7FFFFFFF));
-  return {_mm256_and_ps(x.v, m)};
-}
-LANE_FN FloatsPart Xor(FloatsPart x, FloatsPart y) { return {_mm256_xor_ps(x.v, y.v)}; }
-LANE_FN FloatsPart Floor(FloatsPart x) { return {_mm256_floor_ps(x.v)}; }
 LANE_FN IntsPart Bits(FloatsPart x) { return {Low(x.v), High(x.v)}; }
 LANE_FN FloatsPart FromBits(IntsPart x) { return {Join(x.a, x.b)}; }
 /// Toward zero; NaN and what does not fit give 0x80000000.
@@ -69,12 +50,6 @@ LANE_FN FloatsPart ToFloats(IntsPart x) {
   const FloatsPart bits = FromBits(x);
   return {_mm256_cvtepi32_ps(_mm256_castps_si256(bits.v))};
 }
-
-// Float comparisons: ordered but for NotEqual.
-LANE_FN MaskPart Less(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_LT_OQ)}; }
-LANE_FN MaskPart LessEqual(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_LE_OQ)}; }
-LANE_FN MaskPart Equal(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_EQ_OQ)}; }
-LANE_FN MaskPart NotEqual(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_NEQ_UQ)}; }
 
 // Integer arithmetic, in 32 bits, wrapping.
 LANE_FN IntsPart Add(IntsPart x, IntsPart y) { return {_mm_add_epi32(x.a, y.a), _mm_add_epi32(x.b, y.b)}; }
@@ -94,43 +69,10 @@ LANE_FN IntsPart ShiftRight(IntsPart x) {
 LANE_FN MaskPart Less(IntsPart x, IntsPart y) { return {Join(_mm_cmplt_epi32(x.a, y.a), _mm_cmplt_epi32(x.b, y.b))}; }
 LANE_FN MaskPart Equal(IntsPart x, IntsPart y) { return {Join(_mm_cmpeq_epi32(x.a, y.a), _mm_cmpeq_epi32(x.b, y.b))}; }
 
-// Masks.
-LANE_FN MaskPart And(MaskPart x, MaskPart y) { return {_mm256_and_ps(x.v, y.v)}; }
-LANE_FN MaskPart Or(MaskPart x, MaskPart y) { return {_mm256_or_ps(x.v, y.v)}; }
-LANE_FN unsigned LiveBits(MaskPart m) { return static_cast<unsigned>(_mm256_movemask_ps(m.v)); }
-LANE_FN bool Any(MaskPart m) { return _mm256_movemask_ps(m.v) != 0; }
-LANE_FN bool All(MaskPart m) { return _mm256_movemask_ps(m.v) == 255; }
-LANE_FN FloatsPart Select(MaskPart m, FloatsPart x, FloatsPart y) { return {_mm256_blendv_ps(y.v, x.v, m.v)}; }
+// Across floats and integers.
 LANE_FN IntsPart Select(MaskPart m, IntsPart x, IntsPart y) { return Bits(Select(m, FromBits(x), FromBits(y))); }
 
-// Across lanes.
-/// Pairwise tree over adjacent lanes of two parts.
-LANE_FN float Sum(FloatsPart x, FloatsPart y) {
-  const __m256 pairs = _mm256_hadd_ps(x.v, y.v);
-  const __m256 fours = _mm256_hadd_ps(pairs, pairs);
-  const __m128 eights = _mm_add_ps(_mm256_castps256_ps128(fours), _mm256_extractf128_ps(fours, 1));
-  return _mm_cvtss_f32(_mm_add_ss(eights, _mm_shuffle_ps(eights, eights, 0x55)));
-}
-LANE_FN float Greatest(FloatsPart x) {
-  __m128 m = _mm_max_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1));
-  m = _mm_max_ps(m, _mm_movehl_ps(m, m));
-  return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
-}
-/// Over all lanes of two parts.
-LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
-  const __m256 high = _mm256_max_ps(x.v, y.v);
-  const __m256 low = _mm256_xor_ps(_mm256_min_ps(x.v, y.v), _mm256_set1_ps(-0.0f));
-  // The greatest lanes into the lower 128 bits, the least ones, negated, into the upper ones.
-  __m256 m = _mm256_max_ps(_mm256_permute2f128_ps(high, low, 0x20), _mm256_permute2f128_ps(high, low, 0x31));
-  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0x4E));
-  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0xB1));
-  return {_mm_cvtss_f32(_mm256_castps256_ps128(m)), _mm_cvtss_f32(_mm256_extractf128_ps(m, 1))};
-}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(x.a); }
-/// Lanes 3, 2, 1, 0 of each group of four.
-LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
-/// Lanes 2, 3, 0, 1 of each group of four.
-LANE_FN FloatsPart SwapGroupHalves(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
 
 // Colours.
 LANE_FN __m128i PackQuarter(__m128i blue, __m128i green, __m128i red, __m128i alpha) {
@@ -142,19 +84,6 @@ LANE_FN __m128i PackQuarter(__m128i blue, __m128i green, __m128i red, __m128i al
 LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, FloatsPart alpha) {
   const IntsPart r = Truncate(red), g = Truncate(green), b = Truncate(blue), a = Truncate(alpha);
   return {PackQuarter(b.a, g.a, r.a, a.a), PackQuarter(b.b, g.b, r.b, a.b)};
-}
-
-// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
-constexpr int kGroupsOfPart = 2;
-LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {
-  const char* first = static_cast<const char*>(base);
-  return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm_load_ps(reinterpret_cast<const float*>(first + places[0]))),
-                               _mm_load_ps(reinterpret_cast<const float*>(first + places[1])), 1)};
-}
-LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) {
-  char* first = static_cast<char*>(base);
-  _mm_store_ps(reinterpret_cast<float*>(first + places[0]), _mm256_castps256_ps128(x.v));
-  _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm256_extractf128_ps(x.v, 1));
 }
 
 // Memory.
@@ -218,6 +147,7 @@ LANE_FN void ScatterLive(void* base, IntsPart byteOffsets, IntsPart words, MaskP
     __builtin_memcpy(static_cast<char*>(base) + o[lane], &w[lane], 4);
   }
 }
+
 }  // namespace
 }  // namespace tlr2
 
@@ -231,34 +161,8 @@ LANE_FN Ints LaneRows() {
   const __m128i upper = _mm_setr_epi32(0, 2, 2, 0), lower = _mm_setr_epi32(4, 6, 6, 4);
   return {IntsPart{upper, upper}, IntsPart{lower, lower}};
 }
-/// Pixels of two rows that lie two apart, eight wide, dealt to the even and the odd plane of eight lanes.
-LANE_FN void DealRows(const char* upper, const char* lower, __m256& even, __m256& odd) {
-  const __m256 u = _mm256_loadu_ps(reinterpret_cast<const float*>(upper));
-  const __m256 l = _mm256_loadu_ps(reinterpret_cast<const float*>(lower));
-  const __m256 p = _mm256_blend_ps(u, l, 0xCC), q = _mm256_blend_ps(l, u, 0xCC);
-  even = _mm256_shuffle_ps(p, q, 0x88);
-  odd = _mm256_shuffle_ps(p, q, 0xDD);
-}
-LANE_FN void JoinRows(char* upper, char* lower, __m256 even, __m256 odd) {
-  const __m256 p = _mm256_unpacklo_ps(even, odd), q = _mm256_unpackhi_ps(even, odd);
-  _mm256_storeu_ps(reinterpret_cast<float*>(upper), _mm256_blend_ps(p, q, 0xCC));
-  _mm256_storeu_ps(reinterpret_cast<float*>(lower), _mm256_blend_ps(q, p, 0xCC));
-}
-/// The tile's rows of one plane row, its first row first: even columns to `even`, odd ones to `odd`.
-LANE_FN void LoadPlaneRows(const void* rows, std::ptrdiff_t strideBytes, Ints& even, Ints& odd) {
-  const char* r = static_cast<const char*>(rows);
-  Floats e, o;
-  DealRows(r, r + 2 * strideBytes, e.part[0].v, o.part[0].v);
-  DealRows(r + 4 * strideBytes, r + 6 * strideBytes, e.part[1].v, o.part[1].v);
-  even = Bits(e);
-  odd = Bits(o);
-}
-LANE_FN void StorePlaneRows(void* rows, std::ptrdiff_t strideBytes, Ints even, Ints odd) {
-  char* r = static_cast<char*>(rows);
-  const Floats e = FromBits(even), o = FromBits(odd);
-  JoinRows(r, r + 2 * strideBytes, e.part[0].v, o.part[0].v);
-  JoinRows(r + 4 * strideBytes, r + 6 * strideBytes, e.part[1].v, o.part[1].v);
-}
 
 }  // namespace
 }  // namespace tlr2
+
+#include "kernels/lanes/rows8.h"

@@ -1,0 +1,90 @@
+// Eight floats in a 256-bit register: a part of the lanes of avx and avx2, which differ in products that are summed and
+// in integers. Included by the lanes.
+#pragma once
+
+#include "kernels/lanes/quad.h"
+
+namespace tlr2 {
+namespace {
+
+struct FloatsPart {
+  __m256 v;
+};
+struct MaskPart {
+  __m256 v;  // all bits of a lane, or none
+};
+
+LANE_FN FloatsPart Splat(float v) { return {_mm256_set1_ps(v)}; }
+LANE_FN MaskPart NoLane() { return {_mm256_setzero_ps()}; }
+
+// Arithmetic.
+LANE_FN FloatsPart Add(FloatsPart x, FloatsPart y) { return {_mm256_add_ps(x.v, y.v)}; }
+LANE_FN FloatsPart Sub(FloatsPart x, FloatsPart y) { return {_mm256_sub_ps(x.v, y.v)}; }
+LANE_FN FloatsPart Mul(FloatsPart x, FloatsPart y) { return {_mm256_mul_ps(x.v, y.v)}; }
+LANE_FN FloatsPart Div(FloatsPart x, FloatsPart y) { return {_mm256_div_ps(x.v, y.v)}; }
+/// x > y ? x : y, so the second operand where either is NaN.
+LANE_FN FloatsPart Max(FloatsPart x, FloatsPart y) { return {_mm256_max_ps(x.v, y.v)}; }
+LANE_FN FloatsPart Abs(FloatsPart x) {
+  const __m256 m = _mm256_castsi256_ps(_mm256_set1_epi32(0x7FFFFFFF));
+  return {_mm256_and_ps(x.v, m)};
+}
+LANE_FN FloatsPart Xor(FloatsPart x, FloatsPart y) { return {_mm256_xor_ps(x.v, y.v)}; }
+LANE_FN FloatsPart Floor(FloatsPart x) { return {_mm256_floor_ps(x.v)}; }
+
+// Comparisons: ordered but for NotEqual.
+LANE_FN MaskPart Less(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_LT_OQ)}; }
+LANE_FN MaskPart LessEqual(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_LE_OQ)}; }
+LANE_FN MaskPart Equal(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_EQ_OQ)}; }
+LANE_FN MaskPart NotEqual(FloatsPart x, FloatsPart y) { return {_mm256_cmp_ps(x.v, y.v, _CMP_NEQ_UQ)}; }
+
+// Masks.
+LANE_FN MaskPart And(MaskPart x, MaskPart y) { return {_mm256_and_ps(x.v, y.v)}; }
+LANE_FN MaskPart Or(MaskPart x, MaskPart y) { return {_mm256_or_ps(x.v, y.v)}; }
+LANE_FN unsigned LiveBits(MaskPart m) { return static_cast<unsigned>(_mm256_movemask_ps(m.v)); }
+LANE_FN bool Any(MaskPart m) { return _mm256_movemask_ps(m.v) != 0; }
+LANE_FN bool All(MaskPart m) { return _mm256_movemask_ps(m.v) == 255; }
+LANE_FN FloatsPart Select(MaskPart m, FloatsPart x, FloatsPart y) { return {_mm256_blendv_ps(y.v, x.v, m.v)}; }
+
+// Across lanes.
+/// Pairwise tree over adjacent lanes of two parts.
+LANE_FN float Sum(FloatsPart x, FloatsPart y) {
+  const __m256 pairs = _mm256_hadd_ps(x.v, y.v);
+  const __m256 fours = _mm256_hadd_ps(pairs, pairs);
+  const __m128 eights = _mm_add_ps(_mm256_castps256_ps128(fours), _mm256_extractf128_ps(fours, 1));
+  return _mm_cvtss_f32(_mm_add_ss(eights, _mm_shuffle_ps(eights, eights, 0x55)));
+}
+LANE_FN float Greatest(FloatsPart x) {
+  __m128 m = _mm_max_ps(_mm256_castps256_ps128(x.v), _mm256_extractf128_ps(x.v, 1));
+  m = _mm_max_ps(m, _mm_movehl_ps(m, m));
+  return _mm_cvtss_f32(_mm_max_ss(m, _mm_shuffle_ps(m, m, 0x55)));
+}
+/// Over all lanes of two parts.
+LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
+  const __m256 high = _mm256_max_ps(x.v, y.v);
+  const __m256 low = _mm256_xor_ps(_mm256_min_ps(x.v, y.v), _mm256_set1_ps(-0.0f));
+  // The greatest lanes into the lower 128 bits, the least ones, negated, into the upper ones.
+  __m256 m = _mm256_max_ps(_mm256_permute2f128_ps(high, low, 0x20), _mm256_permute2f128_ps(high, low, 0x31));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0x4E));
+  m = _mm256_max_ps(m, _mm256_permute_ps(m, 0xB1));
+  return {_mm_cvtss_f32(_mm256_castps256_ps128(m)), _mm_cvtss_f32(_mm256_extractf128_ps(m, 1))};
+}
+/// Lanes 3, 2, 1, 0 of each group of four.
+LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
+/// Lanes 2, 3, 0, 1 of each group of four.
+LANE_FN FloatsPart SwapGroupHalves(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
+
+// Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
+constexpr int kGroupsOfPart = 2;
+LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {
+  const char* first = static_cast<const char*>(base);
+  return {_mm256_insertf128_ps(_mm256_castps128_ps256(_mm_load_ps(reinterpret_cast<const float*>(first + places[0]))),
+                               _mm_load_ps(reinterpret_cast<const float*>(first + places[1])), 1)};
+}
+LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) {
+  char* first = static_cast<char*>(base);
+  _mm_store_ps(reinterpret_cast<float*>(first + places[0]), _mm256_castps256_ps128(x.v));
+  _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm256_extractf128_ps(x.v, 1));
+}
+
+}  // namespace
+}  // namespace tlr2
