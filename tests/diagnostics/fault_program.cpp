@@ -177,7 +177,14 @@ int main(int count, char** arguments) {
   } else {
     driver.begin(4);
   }
-  if (std::strcmp(how, "ends") == 0) return 0;
+  if (std::strcmp(how, "ends") == 0) {
+#if defined(_WIN32)
+    // Wine kills a process in the middle of its end if one of its threads was still starting: the driver's have begun
+    // by then.
+    Sleep(300);
+#endif
+    return 0;
+  }
   if (std::strcmp(how, "caught") == 0) {
     FaultTwice(driver);
   } else if (std::strcmp(arguments[2], "main") == 0) {
