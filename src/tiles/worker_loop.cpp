@@ -72,13 +72,12 @@ void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std
   if (list.empty() && !frame.clears.color && !frame.clears.depth) return;
   __builtin_prefetch(list.data());
   const SurfaceView& surface = *frame.surface;
-  const auto left = static_cast<std::uintptr_t>(microX) * 32, top = static_cast<std::uintptr_t>(microY) * 8;
-  const std::uintptr_t depthPitch = static_cast<std::uintptr_t>(surface.width) * 4;
-  auto color = reinterpret_cast<std::uintptr_t>(surface.colorBuffer) + top * surface.rowPitch + left;
-  auto depth = reinterpret_cast<std::uintptr_t>(surface.depthBuffer) + top * depthPitch + left;
-  for (int row = 0; row < 8; ++row, color += surface.rowPitch, depth += depthPitch) {
-    __builtin_prefetch(reinterpret_cast<const void*>(color), 1);
-    __builtin_prefetch(reinterpret_cast<const void*>(depth), 1);
+  const std::int32_t x0 = microX * 8, y0 = microY * 8, y1 = std::min(y0 + 8, surface.height);
+  if (x0 >= surface.width) return;
+  for (std::int32_t y = y0; y < y1; ++y) {
+    const auto row = static_cast<std::size_t>(y), left = static_cast<std::size_t>(x0);
+    __builtin_prefetch(reinterpret_cast<const char*>(surface.colorBuffer) + row * surface.rowPitch + left * 4, 1);
+    __builtin_prefetch(surface.depthBuffer + row * static_cast<std::size_t>(surface.width) + left, 1);
   }
 }
 
