@@ -12,10 +12,12 @@
 namespace tlr2 {
 namespace {
 
-#if !defined(__MINGW_PRINTF_FORMAT)  // where the C library's own formats are not the compiler's
-#define __MINGW_PRINTF_FORMAT printf
+#if defined(__MINGW_PRINTF_FORMAT)  // where the C library's own formats are not the compiler's
+#define TLR2_PRINTF_FORMAT __MINGW_PRINTF_FORMAT
+#else
+#define TLR2_PRINTF_FORMAT printf
 #endif
-__attribute__((format(__MINGW_PRINTF_FORMAT, 1, 2))) std::string Fault(const char* format, ...);
+__attribute__((format(TLR2_PRINTF_FORMAT, 1, 2))) std::string Fault(const char* format, ...);
 std::string Fault(const char* format, ...) {
   char text[240];
   std::va_list arguments;
@@ -163,7 +165,7 @@ std::string CaptureCheck::Frame(const ByteVector& stream, const ByteVector& blob
   while (walk.Next()) {
     if (std::string fault = Record(walk, blob); !fault.empty()) {
       const char* name = walk.id() < kCommandCount ? kCommandTable[walk.id()].name : "unknown";
-      return place + Fault("record %u (%s): ", static_cast<unsigned>(walk.index()), name) + fault;
+      return (place + Fault("record %u (%s): ", static_cast<unsigned>(walk.index()), name)).append(fault);
     }
   }
   if (walk.Whole()) return {};
