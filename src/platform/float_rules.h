@@ -29,6 +29,8 @@ class FloatRules {
     __asm__ volatile("" : "+m"(value));
     return value;
   }
+  /// The value in single precision, rounded by the rules that hold.
+  static float Narrow(double value) noexcept { return static_cast<float>(Here(value)); }
 
  private:
   /// Most threads have these rules anyway, and loading the word takes longer than a call's arithmetic. The low six bits

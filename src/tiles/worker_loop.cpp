@@ -30,16 +30,18 @@ MacroTile MicroRange(const FrameTaskContext& frame, std::int32_t tile) noexcept 
   return {macroX * 4, macroY * 4, std::min(macroX * 4 + 4, frame.microCols), std::min(macroY * 4 + 4, frame.microRows)};
 }
 
+/// The micro tile's place among the lists and the depth bounds.
+std::size_t MicroIndex(const FrameTaskContext& frame, std::int32_t microX, std::int32_t microY) noexcept {
+  return static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
+         static_cast<std::size_t>(microX);
+}
+
 /// Empties the lists of the owned tiles, so that a second render of the same triangles does not double them.
 void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerPartition& partition) noexcept {
   for (const std::int32_t tile : partition) {
     const MacroTile macro = MicroRange(frame, tile);
     for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
-      for (std::int32_t x = macro.microX0; x < macro.microX1; ++x)
-        state
-            .tileLists[static_cast<std::size_t>(y) * static_cast<std::size_t>(frame.microCols) +
-                       static_cast<std::size_t>(x)]
-            .clear();
+      for (std::int32_t x = macro.microX0; x < macro.microX1; ++x) state.tileLists[MicroIndex(frame, x, y)].clear();
   }
 }
 
@@ -66,9 +68,7 @@ void ClearMacroTile(const SurfaceView& surface, const TileClears& clears, const 
 /// rows of neighbouring tiles lie whole pages apart, which no hardware prefetcher foresees.
 void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std::int32_t microX,
                     std::int32_t microY) noexcept {
-  const TileEntryList& list =
-      state.tileLists[static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
-                      static_cast<std::size_t>(microX)];
+  const TileEntryList& list = state.tileLists[MicroIndex(frame, microX, microY)];
   if (list.empty() && !frame.clears.color && !frame.clears.depth) return;
   __builtin_prefetch(list.data());
   const SurfaceView& surface = *frame.surface;
@@ -94,8 +94,7 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
   for (std::int32_t microY = macro.microY0; microY < macro.microY1; ++microY) {
     for (std::int32_t microX = macro.microX0; microX < macro.microX1; ++microX) {
-      const std::size_t index = static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
-                                static_cast<std::size_t>(microX);
+      const std::size_t index = MicroIndex(frame, microX, microY);
       const std::int32_t nextX = next.microX0 + microX - macro.microX0, nextY = next.microY0 + microY - macro.microY0;
       if (nextX < next.microX1 && nextY < next.microY1) FetchMicroTile(state, frame, nextX, nextY);
       const TileEntryList& list = state.tileLists[index];

@@ -10,13 +10,6 @@
 
 namespace tlr2 {
 
-namespace {
-
-/// Under float rules of the caller's.
-TLR2_ALWAYS_INLINE float Narrow(double value) { return static_cast<float>(FloatRules::Here(value)); }
-
-}  // namespace
-
 void TLR2_STDCALL glMatrixMode(GLenum mode) noexcept {
   const ThreadGuard& guard = enter::glMatrixMode(mode);
   if (Records(guard)) AppendRecord(CmdMatrixMode{.mode = mode});
@@ -91,8 +84,8 @@ void TLR2_STDCALL glOrtho(GLdouble left, GLdouble right, GLdouble bottom, GLdoub
                           GLdouble zFar) noexcept {
   const ThreadGuard& guard = enter::glOrtho(left, right, bottom, top, zNear, zFar);
   const FloatRules rules;
-  const auto l = Narrow(left), r = Narrow(right), b = Narrow(bottom), t = Narrow(top), n = Narrow(zNear),
-             f = Narrow(zFar);
+  const auto l = FloatRules::Narrow(left), r = FloatRules::Narrow(right), b = FloatRules::Narrow(bottom),
+             t = FloatRules::Narrow(top), n = FloatRules::Narrow(zNear), f = FloatRules::Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdOrtho{.left = l, .right = r, .bottom = b, .top = t, .zNear = n, .zFar = f});
   effect::Ortho(DriverStateInstance(), l, r, b, t, n, f);
 }
@@ -101,8 +94,8 @@ void TLR2_STDCALL glFrustum(GLdouble left, GLdouble right, GLdouble bottom, GLdo
                             GLdouble zFar) noexcept {
   const ThreadGuard& guard = enter::glFrustum(left, right, bottom, top, zNear, zFar);
   const FloatRules rules;
-  const auto l = Narrow(left), r = Narrow(right), b = Narrow(bottom), t = Narrow(top), n = Narrow(zNear),
-             f = Narrow(zFar);
+  const auto l = FloatRules::Narrow(left), r = FloatRules::Narrow(right), b = FloatRules::Narrow(bottom),
+             t = FloatRules::Narrow(top), n = FloatRules::Narrow(zNear), f = FloatRules::Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdFrustum{.left = l, .right = r, .bottom = b, .top = t, .zNear = n, .zFar = f});
   effect::Frustum(DriverStateInstance(), l, r, b, t, n, f);
 }
@@ -120,7 +113,7 @@ void TLR2_STDCALL glViewport(GLint x, GLint y, GLsizei width, GLsizei height) no
 void TLR2_STDCALL glDepthRange(GLclampd zNear, GLclampd zFar) noexcept {
   const ThreadGuard& guard = enter::glDepthRange(zNear, zFar);
   const FloatRules rules;
-  const auto n = Narrow(zNear), f = Narrow(zFar);
+  const auto n = FloatRules::Narrow(zNear), f = FloatRules::Narrow(zFar);
   if (Records(guard)) AppendRecord(CmdDepthRange{.zNear = n, .zFar = f});
   effect::DepthRange(DriverStateInstance(), n, f);
 }

@@ -66,7 +66,7 @@ void TLR2_STDCALL glClearColor(GLclampf red, GLclampf green, GLclampf blue, GLcl
 void TLR2_STDCALL glClearDepth(GLclampd depth) noexcept {
   const ThreadGuard& guard = enter::glClearDepth(depth);
   const FloatRules rules;
-  const auto narrow = static_cast<float>(FloatRules::Here(depth));
+  const auto narrow = FloatRules::Narrow(depth);
   if (Records(guard)) AppendRecord(CmdClearDepth{.depth = narrow});
   effect::ClearDepth(DriverStateInstance(), narrow);
 }

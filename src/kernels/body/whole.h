@@ -74,8 +74,8 @@ template <bool kOpaque, bool kConstant>
   } else {
     colors = SplatColors(surface);
   }
-  const auto color = [&](int plane, int part) __attribute__((always_inline)) {
-    return whole.ColorOfUnit(constant, colors, plane * kParts + part);
+  const auto color = [&](int place, int part) __attribute__((always_inline)) {  // by the place in the shading's order
+    return whole.ColorOfUnit(constant, colors, place * kParts + part);
   };
   whole.ShadeFirst(constant, colors, ahead);
   if (StatisticBelow(whole.luminance[0], kRootAll, kShareAll)) {
