@@ -1,53 +1,72 @@
 #!/usr/bin/env python3
-"""Times the frame benchmark's scenes through this driver and through Mesa's llvmpipe, turn by turn in one run.
+"""Times the frame benchmark's scenes through several sides, turn by turn in one run, and prints their ratios.
 
-Each library runs in a process of its own (both export the same names and fix their thread pools at load). A round asks
-one library for a scene, then the other; the table shows the medians over all rounds and the ratio of the medians with
-the lowest and highest ratio of a round beside it. One worker of ours stands beside llvmpipe on the calling thread.
+A side is a library in one configuration: this driver at a target, a thread count and a size, or Mesa's llvmpipe. Each
+runs in a process of its own (both export the same names and fix their thread pools at load). The sides take turns of a
+few frames in strict alternation, after one frame that is not timed, until each side's least time was reproduced (two
+other turns within 3 % of it) and the last third of the turns found no lower one, or until --limit seconds a scene; a
+scene that ended so carries a "~".
 
-On a machine with other work, --measure processor compares the processor time of a frame, over all threads: with one
-worker that is what the wall time of a quiet machine would be, spin times set to 0.
+--statistic low, the default: the least time that was reproduced, which other work on the machine touches least.
+--statistic median: the median over the turns, which holds what a program meets on this machine as it is.
+The range beside a ratio is the same ratio from each third of the turns alone.
 
-usage: compare.py [--build DIR] [--size WxH ...] [--threads N ...] [--scene NAME ...] [--rounds N] [--frames N]
-                  [--isa NAME] [--spin US] [--measure wall|processor] [--json FILE] [--svg FILE] [--osmesa LIBRARY]
-       compare.py --from FILE.json --svg FILE      draws the chart of an earlier run
+Tables, of which --table takes one:
+  peer      llvmpipe's time over ours, with the goals for 1280x720; --threads 1 is llvmpipe on the calling thread
+  targets   the rate of each kernel target beside the widest that this processor runs, and sse4 beside llvmpipe
+  workers   how many times faster two workers are than one
+  sizes     nanoseconds a covered fragment (8 a pixel) at 1920x1080 and at 640x480
+  wine      the driver's own time in the Windows build under Wine (--windows) beside the native 32-bit one (--build);
+            showing the picture is taken out of both and stands in columns of its own
+  --against CONFIGURATION   another configuration of ours beside the one that the options name: KEY=VALUE,... with the
+            keys build, isa, threads, size and spin, as in --against isa=avx,threads=2
+
+On a busy machine --measure processor compares the processor time of a frame, over all threads: with one worker that is
+what the wall time of a quiet machine would be; spin times set to 0 then.
 """
 import argparse
 import json
 import os
-import statistics
 import subprocess
 import sys
-from xml.sax.saxutils import escape
 
-# llvmpipe's milliseconds over ours that each scene is meant to reach at 1280x720: one thread, two threads.
+from chart import chart
+from turns import Side, alternate, ratio_range, total
+
+# llvmpipe's milliseconds over ours that each scene is meant to reach at 1280x720: with one thread, with two, and of the
+# 32-bit builds.
 GOALS = {
-    "front": (2.2, 2.0), "back": (5.0, 4.5), "untextured": (2.0, 1.9), "nearest": (1.6, 1.6),
-    "bilinear_high": (2.3, 2.2), "bilinear_low": (3.2, 3.0), "trilinear": (1.7, 1.6), "blended": (1.6, 1.5),
-    "additive": (1.4, 1.3), "small_list": (1.0, 1.0), "small_strips": (1.0, 0.95), "hundred": (1.35, 1.35),
-    "game": (2.0, 1.9), "vertices_list": (1.0, 1.0), "vertices_strips": (0.8, 0.8), "vertices_tiny": (0.9, 0.8),
-    "states": (1.6, 1.5), "upload": (0.25, 0.25), "clear": (1.5, 1.5), "read_bgra": (1.3, 1.3), "read_rgba": (2.5, 2.5),
+    "front": (2.2, 2.0, 2.2), "back": (5.0, 4.5, 4.5), "untextured": (2.0, 1.9, 1.7), "nearest": (1.6, 1.6, 1.5),
+    "bilinear_high": (2.3, 2.2, 1.5), "bilinear_low": (3.2, 3.0, 2.1), "trilinear": (1.7, 1.6, 1.4),
+    "blended": (1.6, 1.5, 1.3), "additive": (1.4, 1.3, 1.2), "small_list": (1.0, 1.0, 1.7),
+    "small_strips": (1.0, 0.95, 1.7), "hundred": (1.35, 1.35, 1.4), "game": (2.0, 1.9, 1.8),
+    "vertices_list": (1.0, 1.0, 0.75), "vertices_strips": (0.8, 0.8, 0.6), "vertices_tiny": (0.9, 0.8, 3.0),
+    "states": (1.6, 1.5, 2.2), "upload": (0.25, 0.25, 0.25), "clear": (1.5, 1.5, 1.5), "read_bgra": (1.3, 1.3, 1.3),
+    "read_rgba": (2.5, 2.5, 2.5),
 }
+FILL = ["front", "back", "untextured", "nearest", "bilinear_high", "bilinear_low", "trilinear"]
+BLEND = ["blended", "additive"]
+SMALL = ["small_list", "small_strips"]
+LAYERS = 8
+# Rates beside avx512skx that the narrower targets are meant to reach at fill.
+TARGET_GOALS = {"avx512skx": 1.0, "avx2": 0.75, "avx": 0.55, "sse4": 0.4}
+ROOT = os.path.abspath(os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."))
 
 
-class Host:
-    """One frame_host process."""
+class Pair:
+    """A ratio that a table shows: one side's time over another's."""
 
-    def __init__(self, program, kind, library, environment):
-        self.process = subprocess.Popen([program, kind, library], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        text=True, env={**os.environ, **environment})
+    def __init__(self, series, over, under, goal=lambda scene: None, most=False):
+        self.series, self.over, self.under, self.goal, self.most = series, over, under, goal, most
 
-    def ask(self, scene, width, height, frames):
-        self.process.stdin.write(f"{scene} {width} {height} {frames}\n")
-        self.process.stdin.flush()
-        answer = self.process.stdout.readline().split()
-        if len(answer) != 4 or answer[0] != scene:
-            raise RuntimeError(f"{scene}: {' '.join(answer) or 'the host ended'}")
-        return {"wall": float(answer[1]), "processor": float(answer[3])}
 
-    def close(self):
-        self.process.stdin.close()
-        self.process.wait()
+class Table:
+    """Sides that run together, by name, and their ratios."""
+
+    def __init__(self, title, caption, sides, pairs, scenes, size=(1280, 720), threads=1, fragments=False,
+                 apart=False, behind=0):
+        self.title, self.caption, self.sides, self.pairs, self.scenes = title, caption, sides, pairs, scenes
+        self.size, self.threads, self.fragments, self.apart, self.behind = size, threads, fragments, apart, behind
 
 
 def size(text):
@@ -55,129 +74,244 @@ def size(text):
     return int(width), int(height)
 
 
-def chart(rows):
-    """A bar a scene and thread count: llvmpipe's time over ours, with the goal as a tick. Returns the SVG's text."""
-    groups = []
-    for row in rows:
-        key = (row["width"], row["height"])
-        if key not in groups:
-            groups.append(key)
-    scenes = []
-    for row in rows:
-        if row["scene"] not in scenes:
-            scenes.append(row["scene"])
-    threads = sorted({row["threads"] for row in rows})
-    colors = ["#2f6db0", "#e08a2c", "#5b9a4b", "#9a5ba0"]
-    left, wide, bar, gap, top = 270, 520, 9, 7, 46
-    most = max([2.0] + [max(row["ratio"], row["goal"] or 0) for row in rows]) * 1.05
-    step = len(threads) * bar + gap
-    tall = top + len(groups) * (len(scenes) * step + 40) + 10
-    x = lambda ratio: left + wide * ratio / most
-    out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{left + wide + 60}" height="{tall}" '
-           'font-family="sans-serif" font-size="11">', '<rect width="100%" height="100%" fill="white"/>',
-           f'<text x="10" y="18" font-size="14">llvmpipe\'s time over ours, {escape(rows[0]["measure"])} time: '
-           'longer is faster, the line is equal, ticks are goals</text>']
-    for i, count in enumerate(threads):
-        out.append(f'<rect x="{10 + i * 110}" y="27" width="10" height="10" fill="{colors[i % 4]}"/>'
-                   f'<text x="{25 + i * 110}" y="36">{count} thread{"s" if count > 1 else ""}</text>')
-    y = top
-    for width, height in groups:
-        out.append(f'<text x="10" y="{y + 16}" font-size="12">{width} by {height}</text>')
-        y += 24
-        end = y + len(scenes) * step
-        for mark in range(0, int(most) + 1):
-            weight = 1.5 if mark == 1 else 0.5
-            out.append(f'<line x1="{x(mark):.1f}" y1="{y}" x2="{x(mark):.1f}" y2="{end}" stroke="#888" '
-                       f'stroke-width="{weight}"/><text x="{x(mark) - 3:.1f}" y="{end + 12}">{mark}</text>')
+def plural(threads):
+    return f"{threads} thread{'s' if threads > 1 else ''}"
+
+
+def host_program(build):
+    return os.path.abspath(os.path.join(build, "bench", "frame", "frame_host"))
+
+
+def find_library(build, name):
+    beside = os.path.join(build, "src", "library", name)
+    if os.path.exists(beside):
+        return os.path.abspath(beside)
+    return next((os.path.abspath(os.path.join(folder, name)) for folder, _, files in os.walk(build) if name in files),
+                os.path.abspath(beside))
+
+
+def is_32_bit(program):
+    with open(program, "rb") as file:
+        return file.read(5)[4] == 1  # the class byte of the ELF header
+
+
+def widest_target():
+    with open("/proc/cpuinfo", encoding="ascii") as file:
+        flags = next((line.split() for line in file if line.startswith("flags")), [])
+    if all(flag in flags for flag in ("avx512f", "avx512dq", "avx512cd", "avx512bw", "avx512vl")):
+        return "avx512skx"
+    return "avx2" if "avx2" in flags else "avx" if "avx" in flags else "sse4"
+
+
+def ours(options, **changes):
+    """What makes a side of this driver: the options, and what a table changes of them."""
+    c = {"build": options.build, "isa": options.isa, "threads": options.threads[0], "size": options.size[0],
+         "spin": options.spin, **changes}
+    environment = {"TLR2_THREADS": str(c["threads"]), "TLR2_ISA": c["isa"]}
+    if c["spin"] is not None:
+        environment["TLR2_RJQ_IDLE_SPIN_US"] = c["spin"]
+    return [host_program(c["build"]), "tlr2", find_library(c["build"], "libtlr2.so")], environment, c["size"]
+
+
+def llvmpipe(options, threads, at):
+    command = [host_program(options.build), "osmesa", options.osmesa]
+    return command, {"LP_NUM_THREADS": str(0 if threads == 1 else threads)}, at
+
+
+def under_wine(options, threads, at):
+    """The Windows host and the DLL in the rig of tools/dev, with a display of its own."""
+    _, environment, _ = ours(options, threads=threads)
+    rig = os.environ.get("TLR2_RIG") or os.path.join(
+        os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache"), "tlr2-rig")
+    library = "Z:" + find_library(options.windows, "opengl32.dll").replace("/", "\\")
+    command = [os.path.join(ROOT, "tools", "dev", "run_wine.sh"), "--session", "env",
+               f"WINEPREFIX={os.path.join(rig, 'win32')}", "WINEARCH=win32", "WINEDEBUG=-all",
+               "WINEDLLOVERRIDES=opengl32=n", "wine", host_program(options.windows) + ".exe", "tlr2", library]
+    return command, environment, at
+
+
+def peer_tables(options):
+    words32 = is_32_bit(host_program(options.build))
+    for at in options.size:
+        for threads in options.threads:
+            def goal(scene, at=at, threads=threads):
+                column = 2 if words32 else 0 if threads == 1 else 1
+                return GOALS[scene][column] if at == (1280, 720) and (threads == 1 or not words32) else None
+            yield Table(f"{at[0]}x{at[1]}, {plural(threads)}, target {options.isa}{', 32-bit' if words32 else ''}",
+                        "llvmpipe's time over ours",
+                        {"ours": ours(options, threads=threads, size=at), "llvmpipe": llvmpipe(options, threads, at)},
+                        [Pair(plural(threads), "llvmpipe", "ours", goal)], list(GOALS), at, threads)
+
+
+def target_tables(options):
+    widest = widest_target()
+    names = list(TARGET_GOALS)[list(TARGET_GOALS).index(widest):]
+    threads, at = options.threads[0], options.size[0]
+    sides = {name: ours(options, isa=name) for name in names}
+    sides["llvmpipe"] = llvmpipe(options, threads, at)
+    pairs = [Pair(f"{name}/{widest}", widest, name, lambda scene, name=name: TARGET_GOALS[name] / TARGET_GOALS[widest])
+             for name in names[1:]]
+    pairs.append(Pair("sse4/llvmp.", "llvmpipe", "sse4", lambda scene: 1.0 if scene == "nearest" else None))
+    yield Table(f"{at[0]}x{at[1]}, {plural(threads)}", "rates of the targets", sides, pairs, FILL + BLEND, at, threads)
+
+
+def worker_tables(options):
+    def goal(scene):
+        return 1.8 if scene in FILL + BLEND else 1.7 if scene == "game" else 1.45 if scene in SMALL else None
+    for at in options.size:
+        sides = {plural(n): ours(options, threads=n, size=at) for n in (1, 2)}
+        yield Table(f"{at[0]}x{at[1]}, target {options.isa}", "two workers over one", sides,
+                    [Pair("speed-up", "1 thread", "2 threads", goal)], FILL + BLEND + SMALL + ["hundred", "game"], at, 2)
+
+
+def size_tables(options):
+    small, large = (640, 480), (1920, 1080)
+    for threads in options.threads:
+        sides = {f"{at[0]}x{at[1]}": ours(options, size=at, threads=threads) for at in (small, large)}
+        yield Table(f"{plural(threads)}, target {options.isa}", "time a fragment, large over small", sides,
+                    [Pair("large/small", "1920x1080", "640x480", lambda scene: 1.15, most=True)], FILL + BLEND, large,
+                    threads, fragments=True)
+
+
+def wine_tables(options):
+    for at in options.size:
+        for threads in options.threads:
+            yield Table(f"{at[0]}x{at[1]}, {plural(threads)}, target {options.isa}, 32-bit, the driver's own time",
+                        "own time under Wine over native",
+                        {"native": ours(options, threads=threads, size=at), "wine": under_wine(options, threads, at)},
+                        [Pair("wine/native", "wine", "native", lambda scene: 1.2, most=True)], list(GOALS), at, threads,
+                        apart=True, behind=options.behind)
+
+
+def against_tables(options):
+    changes = dict(word.partition("=")[::2] for word in options.against.split(","))
+    unknown = set(changes) - {"build", "isa", "threads", "size", "spin"}
+    if unknown:
+        sys.exit(f"compare.py: --against knows no {', '.join(sorted(unknown))}")
+    if "size" in changes:
+        changes["size"] = size(changes["size"])
+    if "threads" in changes:
+        changes["threads"] = int(changes["threads"])
+    at, threads = options.size[0], options.threads[0]
+    yield Table(f"{at[0]}x{at[1]}, {plural(threads)}, target {options.isa}, against {options.against}",
+                f"time of {options.against} over ours", {"ours": ours(options), "other": ours(options, **changes)},
+                [Pair("other/ours", "other", "ours")], list(GOALS), at, threads)
+
+
+TABLES = {"peer": peer_tables, "targets": target_tables, "workers": worker_tables, "sizes": size_tables,
+          "wine": wine_tables}
+SIZES = {"peer": [(640, 480), (1280, 720), (1920, 1080)]}  # otherwise 1280x720
+THREADS = {"peer": [1, 2]}                                 # otherwise 1
+
+
+def scale(table, side):
+    """From milliseconds to what the table shows."""
+    return 1e6 / (side.width * side.height * LAYERS) if table.fragments else 1.0
+
+
+def show_head(table, options):
+    unit = "nanoseconds a fragment" if table.fragments else "milliseconds a frame"
+    print(f"\n{table.title}: {unit} ({options.measure} time), "
+          f"{'least reproduced' if options.statistic == 'low' else 'medians'}")
+    columns = [f"{name[:9]:>9}" for name in table.sides]
+    if table.apart:
+        columns += [f"{name[:6] + ' shown':>12}" for name in table.sides]
+    print(f"{'scene':52} {' '.join(columns)}" + "".join(f" {pair.series[:11]:>11} {'(low-high)':>13} {'goal':>5}"
+                                                       for pair in table.pairs) + " turns", flush=True)
+
+
+def run_scene(table, options, sides, scene, title):
+    """One line of the table; returns its rows."""
+    turns, settled = alternate(list(sides.values()), scene, statistic=options.statistic, measure=options.measure,
+                               frames=options.frames, limit=options.limit, behind=table.behind)
+    values = {name: total(side, options.statistic) * scale(table, side) for name, side in sides.items()}
+    shown = {name: sorted(side.presents)[len(side.presents) // 2] for name, side in sides.items()}
+    line = f"{title:52} " + " ".join(f"{value:9.2f}" for value in values.values())
+    if table.apart:
+        line += "".join(f" {value:12.2f}" for value in shown.values())
+    rows = []
+    for pair in table.pairs:
+        over, under = sides[pair.over], sides[pair.under]
+        factor = scale(table, over) / scale(table, under)
+        low, high = (bound * factor for bound in ratio_range(under, over, options.statistic))
+        goal = pair.goal(scene)
+        rows.append({"scene": scene, "title": title, "measure": options.measure, "statistic": options.statistic,
+                     "width": table.size[0], "height": table.size[1], "threads": table.threads, "isa": options.isa,
+                     "series": pair.series, "caption": f"{table.caption}, {options.measure} time; ticks are goals",
+                     "over": pair.over, "under": pair.under, "values": values, "turns": turns, "steady": settled,
+                     "ratio": values[pair.over] / values[pair.under], "ratio_low": low, "ratio_high": high,
+                     "goal": goal, "goal_is_most": pair.most})
+        if table.apart:
+            rows[-1]["shown_ms"] = shown
+        mark = "" if goal is None else f"{'<' if pair.most else ''}{goal:.3g}"
+        line += f" {rows[-1]['ratio']:11.2f} ({low:5.2f}-{high:5.2f}) {mark:>5}"
+    print(f"{line} {turns:5}{'' if settled else ' ~'}", flush=True)
+    return rows
+
+
+def run_table(table, options, titles):
+    scenes = options.scene or table.scenes
+    sides = {}
+    rows = []
+    try:
+        for name, (command, environment, (width, height)) in table.sides.items():
+            sides[name] = Side(name, command, environment, width, height, table.apart)
+        show_head(table, options)
         for scene in scenes:
-            for i, count in enumerate(threads):
-                row = next((r for r in rows if r["scene"] == scene and r["threads"] == count and
-                            (r["width"], r["height"]) == (width, height)), None)
-                if row is None:
-                    continue
-                at = y + i * bar
-                out.append(f'<rect x="{left}" y="{at}" width="{x(row["ratio"]) - left:.1f}" height="{bar - 1}" '
-                           f'fill="{colors[i % 4]}"/>'
-                           f'<text x="{x(row["ratio"]) + 3:.1f}" y="{at + 8}" font-size="9">{row["ratio"]:.2f}</text>')
-                if row["goal"]:
-                    tick = f"{x(row['goal']):.1f}"
-                    out.append(f'<line x1="{tick}" y1="{at - 1}" x2="{tick}" y2="{at + bar}" stroke="black" '
-                               'stroke-width="2"/>')
-                if i == 0:
-                    out.append(f'<text x="10" y="{at + 10}">{escape(row["title"][:48])}</text>')
-            y += step
-        y += 16
-    return "\n".join(out + ["</svg>", ""])
+            rows += run_scene(table, options, sides, scene, titles[scene])
+    finally:
+        for side in sides.values():
+            side.close()
+    return rows
 
 
-def write_chart(rows, path):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(chart(rows))
+def parse():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--table", choices=list(TABLES), default="peer", help="default: peer")
+    parser.add_argument("--against", metavar="CONFIGURATION")
+    parser.add_argument("--build", default="build/native", help="default: build/native")
+    parser.add_argument("--windows", default="build/win32", help="build of the wine table, default: build/win32")
+    parser.add_argument("--size", type=size, nargs="+", metavar="WxH",
+                        help="default: 1280x720; for the peer table also 640x480 and 1920x1080")
+    parser.add_argument("--threads", type=int, nargs="+", help="default: 1; for the peer table 1 2")
+    parser.add_argument("--scene", nargs="+", help="default: those of the table")
+    parser.add_argument("--statistic", choices=["low", "median"], default="low", help="default: low")
+    parser.add_argument("--measure", choices=["wall", "processor"], default="wall", help="default: wall")
+    parser.add_argument("--frames", type=int, default=2, help="timed frames a turn, default: 2")
+    parser.add_argument("--limit", type=float, default=8, help="seconds a scene, default: 8")
+    parser.add_argument("--behind", type=int, default=25,
+                        help="milliseconds behind each frame of the wine table, in which its picture is shown")
+    parser.add_argument("--isa", default="auto")
+    parser.add_argument("--spin", help="TLR2_RJQ_IDLE_SPIN_US of our processes")
+    parser.add_argument("--osmesa", default="libOSMesa.so.8")
+    parser.add_argument("--json", help="keeps all figures")
+    parser.add_argument("--svg", help="draws the chart")
+    parser.add_argument("--from", dest="earlier", metavar="JSON", help="draws the chart of an earlier run, with --svg")
+    options = parser.parse_args()
+    options.size = options.size or SIZES.get(options.table if not options.against else "", [(1280, 720)])
+    options.threads = options.threads or THREADS.get(options.table if not options.against else "", [1])
+    return options
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--build", default="build/native")
-    parser.add_argument("--size", type=size, nargs="+", default=[(640, 480), (1280, 720), (1920, 1080)])
-    parser.add_argument("--threads", type=int, nargs="+", default=[1, 2])
-    parser.add_argument("--scene", nargs="+")
-    parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--frames", type=int, default=5)
-    parser.add_argument("--isa", default="auto")
-    parser.add_argument("--spin", default=None, help="TLR2_RJQ_IDLE_SPIN_US of our process")
-    parser.add_argument("--osmesa", default="libOSMesa.so.8")
-    parser.add_argument("--measure", choices=["wall", "processor"], default="wall")
-    parser.add_argument("--json")
-    parser.add_argument("--svg")
-    parser.add_argument("--from", dest="earlier")
-    options = parser.parse_args()
+    options = parse()
     if options.earlier:
         with open(options.earlier, encoding="utf-8") as file:
-            write_chart(json.load(file), options.svg)
-        return
-    program = os.path.join(options.build, "bench/frame/frame_host")
-    library = os.path.abspath(os.path.join(options.build, "lib", "libtlr2.so"))
-    if not os.path.exists(library):
-        library = next((os.path.join(folder, "libtlr2.so") for folder, _, files in os.walk(options.build)
-                        if "libtlr2.so" in files), library)
-    listed = subprocess.run([program, "--list"], check=True, capture_output=True, text=True).stdout
-    titles = dict(line.split("\t") for line in listed.splitlines())
-    scenes = options.scene or list(titles)
-    for scene in scenes:
-        if scene not in titles:
-            sys.exit(f"compare.py: no scene '{scene}'; there are {', '.join(titles)}")
-    rows = []
-    for width, height in options.size:
-        for threads in options.threads:
-            ours_environment = {"TLR2_THREADS": str(threads), "TLR2_ISA": options.isa}
-            if options.spin is not None:
-                ours_environment["TLR2_RJQ_IDLE_SPIN_US"] = options.spin
-            ours = Host(program, "tlr2", os.path.abspath(library), ours_environment)
-            peer = Host(program, "osmesa", options.osmesa, {"LP_NUM_THREADS": str(0 if threads == 1 else threads)})
-            print(f"\n{width}x{height}, {threads} thread{'s' if threads > 1 else ''}, target {options.isa}: "
-                  f"milliseconds a frame ({options.measure} time), medians of {options.rounds} rounds of "
-                  f"{options.frames} frames")
-            print(f"{'scene':52} {'ours':>8} {'llvmpipe':>9} {'ratio':>6} {'(low-high)':>13} {'goal':>5}")
-            for scene in scenes:
-                pairs = [tuple(host.ask(scene, width, height, options.frames)[options.measure] for host in (ours, peer))
-                         for _ in range(options.rounds)]
-                mine = statistics.median(pair[0] for pair in pairs)
-                theirs = statistics.median(pair[1] for pair in pairs)
-                ratios = sorted(pair[1] / pair[0] for pair in pairs)
-                goal = GOALS[scene][0 if threads == 1 else 1] if (width, height) == (1280, 720) else None
-                rows.append({"scene": scene, "title": titles[scene], "measure": options.measure, "width": width,
-                             "height": height, "threads": threads, "isa": options.isa, "ours_ms": mine,
-                             "llvmpipe_ms": theirs, "ratio": theirs / mine, "ratio_low": ratios[0],
-                             "ratio_high": ratios[-1], "goal": goal})
-                print(f"{titles[scene]:52} {mine:8.2f} {theirs:9.2f} {theirs / mine:6.2f} "
-                      f"({ratios[0]:5.2f}-{ratios[-1]:5.2f}) {goal if goal is not None else '':>5}", flush=True)
-            ours.close()
-            peer.close()
+            rows = json.load(file)
+    else:
+        listed = subprocess.run([host_program(options.build), "--list"], check=True, capture_output=True, text=True)
+        titles = dict(line.split("\t") for line in listed.stdout.splitlines())
+        for scene in options.scene or []:
+            if scene not in titles:
+                sys.exit(f"compare.py: no scene '{scene}'; there are {', '.join(titles)}")
+        tables = against_tables(options) if options.against else TABLES[options.table](options)
+        rows = [row for table in tables for row in run_table(table, options, titles)]
     if options.json:
         with open(options.json, "w", encoding="utf-8") as file:
             json.dump(rows, file, indent=1)
     if options.svg:
-        write_chart(rows, options.svg)
+        with open(options.svg, "w", encoding="utf-8") as file:
+            file.write(chart(rows))
 
 
 if __name__ == "__main__":

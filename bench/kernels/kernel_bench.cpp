@@ -8,36 +8,10 @@
 
 #include "kernels/tile_kernel.h"
 #include "layer_scene.h"
-#include "platform/cpu.h"
+#include "targets_here.h"
 
 namespace tlr2::bench {
 namespace {
-
-constexpr struct {
-  const char* name;
-  Scene scene;
-} kScenes[] = {
-    {"nearest", Scene::kNearest},
-    {"bilinear", Scene::kBilinear},
-    {"bilinear_smooth", Scene::kBilinearSmooth},
-    {"trilinear", Scene::kTrilinear},
-    {"untextured", Scene::kUntextured},
-    {"flat", Scene::kFlat},
-    {"blended", Scene::kBlended},
-    {"additive", Scene::kAdditive},
-    {"front_to_back", Scene::kFrontToBack},
-    {"small_triangles", Scene::kSmallTriangles},
-};
-constexpr const char* kTargets[] = {"sse4", "avx", "avx2", "avx512skx"};
-
-bool Runs(std::int32_t target) {
-  const CpuidResult leaf1 = Cpuid(1, 0), leaf7 = Cpuid(7, 0);
-  const bool savesAvx = (leaf1.ecx >> 27 & 3) == 3 && (Xgetbv0() & 6) == 6;
-  if (target == 0) return (leaf1.ecx >> 19 & 1) != 0;
-  if (target == 1) return savesAvx;
-  if (target == 2) return savesAvx && (leaf7.ebx >> 5 & 1) != 0;
-  return savesAvx && (Xgetbv0() & 0xE6) == 0xE6 && (leaf7.ebx & 0xD0030000u) == 0xD0030000u;
-}
 
 void Throughput(benchmark::State& state, Scene scene, TileKernelFn kernel) {
   LayerScene layers(scene);
@@ -84,7 +58,7 @@ void Register() {
   benchmark::RegisterBenchmark("limit/copy", CopyLimit)->Unit(benchmark::kMicrosecond);
   for (std::int32_t target = 0; target < 4; ++target) {
     if (!Runs(target)) continue;
-    for (const auto& scene : kScenes) {
+    for (const auto& scene : kNamedScenes) {
       const std::string name = std::string("kernel/") + kTargets[target] + "/" + scene.name;
       benchmark::RegisterBenchmark(name.c_str(), Throughput, scene.scene, KernelForTarget(target))
           ->Unit(benchmark::kMillisecond);

@@ -22,6 +22,22 @@ enum class Scene {
   kSmallTriangles,  // 10 pixels each, nearest, LEQUAL, back to front
 };
 
+constexpr struct {
+  const char* name;
+  Scene scene;
+} kNamedScenes[] = {
+    {"nearest", Scene::kNearest},
+    {"bilinear", Scene::kBilinear},
+    {"bilinear_smooth", Scene::kBilinearSmooth},
+    {"trilinear", Scene::kTrilinear},
+    {"untextured", Scene::kUntextured},
+    {"flat", Scene::kFlat},
+    {"blended", Scene::kBlended},
+    {"additive", Scene::kAdditive},
+    {"front_to_back", Scene::kFrontToBack},
+    {"small_triangles", Scene::kSmallTriangles},
+};
+
 class LayerScene {
  public:
   explicit LayerScene(Scene scene);

@@ -12,18 +12,20 @@ LANE_FN FloatsPart Weigh(const PartBarycentrics& w, float v0, float v1, float v2
   return Weigh(w, Splat(v0), Splat(v1), Splat(v2));
 }
 
-/// What becomes of a triangle's depth, chosen once for all its planes: the common tests by themselves, writing at once
-/// where no alpha test comes between; everything else keeps the depth until the fragments are stored.
-enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kKeep };
+/// What becomes of a triangle's depth, chosen once for all its planes: the common tests by themselves, and written at
+/// once unless an alpha test comes between, for which it is kept until the fragments are stored.
+enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kOther, kOtherWrite, kKeep };
 
 LANE_FN DepthStep DepthStepOf(const TriangleRecord& t) {
   if (t.depthTest == 0) return DepthStep::kNone;
-  if (t.alphaTest != 0 || (t.depthFunc != 1 && t.depthFunc != 2)) return DepthStep::kKeep;
-  if (t.depthFunc == 1) return t.depthWrite != 0 ? DepthStep::kLessWrite : DepthStep::kLess;
-  return t.depthWrite != 0 ? DepthStep::kLessEqualWrite : DepthStep::kLessEqual;
+  if (t.alphaTest != 0) return DepthStep::kKeep;
+  const bool writes = t.depthWrite != 0;
+  if (t.depthFunc == 1) return writes ? DepthStep::kLessWrite : DepthStep::kLess;
+  if (t.depthFunc == 2) return writes ? DepthStep::kLessEqualWrite : DepthStep::kLessEqual;
+  return writes ? DepthStep::kOtherWrite : DepthStep::kOther;
 }
 constexpr bool WritesAtOnce(DepthStep step) {
-  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite;
+  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite || step == DepthStep::kOtherWrite;
 }
 
 /// Ordered comparisons but for "not equal"; an unknown function passes nothing.

@@ -4,103 +4,6 @@
 namespace tlr2 {
 namespace {
 
-LANE_FN void LoadDepth(const KernelFrameArgs& args, Tile& tile) {
-  if (tile.depthLoaded) return;
-  Ints words[kPlanes];
-  LoadPlanes(tile, args.depthPixels, args.depthStrideBytes, words);
-  for (int p = 0; p < kPlanes; ++p) tile.depth[p] = FromBits(words[p]);
-  tile.depthLoaded = true;
-}
-
-/// Barycentrics and depth of one part of a plane. Returns its live lanes.
-template <DepthStep kStep>
-LANE_FN MaskPart FindPart(const TriangleRecord& t, Tile& tile, int plane, int part, const PartBarycentrics& w,
-                          MaskPart covered, Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
-  SetPart(weights[plane], part, w);
-  MaskPart live = covered;
-  if constexpr (kStep != DepthStep::kNone) {
-    const FloatsPart z = Weigh(w, t.z[0], t.z[1], t.z[2]);
-    const FloatsPart stored = PartOf(tile.depth[plane], part);
-    live = And(covered, DepthPasses<kStep>(t.depthFunc, z, stored));
-    if constexpr (WritesAtOnce(kStep)) SetPart(tile.depth[plane], part, Select(live, z, stored));
-    if constexpr (kStep == DepthStep::kKeep) SetPart(fragments.z[plane], part, z);
-  }
-  SetPart(fragments.live[plane], part, live);
-  return live;
-}
-
-/// Fragments of a triangle whose edges hold the whole step. Returns whether any lane lives.
-template <DepthStep kStep>
-[[gnu::noinline]] bool FindEverywhere(const TriangleRecord& t, const Centres& centres, const Edges& edges, Tile& tile,
-                                      Fragments& fragments, Barycentrics (&weights)[kPlanes]) {
-  MaskPart any = NoLane(), all = AllLanesOfPart();
-  VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
-    const MaskPart live = FindPart<kStep>(t, tile, plane, part, Scaled(Unscaled(values), edges.inverseArea),
-                                          PartOf(tile.inBounds[plane], part), fragments, weights);
-    any = Or(any, live);
-    all = And(all, live);
-  });
-  fragments.allLive = All(all);
-  return Any(any);
-}
-
-/// Covered lanes, and the barycentrics before scaling. Returns whether any lane is covered.
-[[gnu::noinline]] bool FindCovered(const Centres& centres, const Edges& edges, const Tile& tile, Fragments& fragments,
-                                   Barycentrics (&weights)[kPlanes]) {
-  MaskPart any = NoLane();
-  VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
-    const MaskPart covered = And(Inside(edges, values), PartOf(tile.inBounds[plane], part));
-    SetPart(fragments.live[plane], part, covered);
-    SetPart(weights[plane], part, Unscaled(values));
-    any = Or(any, covered);
-  });
-  return Any(any);
-}
-
-/// The rest of what FindCovered leaves. Returns whether any lane lives.
-template <DepthStep kStep>
-[[gnu::noinline]] bool FindLive(const TriangleRecord& t, float inverseArea, Tile& tile, Fragments& fragments,
-                                Barycentrics (&weights)[kPlanes]) {
-  MaskPart any = NoLane();
-  for (int plane = 0; plane < kPlanes; ++plane) {
-    for (int part = 0; part < kParts; ++part) {
-      any = Or(any, FindPart<kStep>(t, tile, plane, part, Scaled(PartOf(weights[plane], part), inverseArea),
-                                    PartOf(fragments.live[plane], part), fragments, weights));
-    }
-  }
-  return Any(any);
-}
-
-/// Coverage and depth of the four planes. Returns whether any lane lives.
-LANE_FN bool FindFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Centres& centres,
-                           const TileCorners& corners, DepthStep step, Tile& tile, Fragments& fragments,
-                           Barycentrics (&weights)[kPlanes]) {
-  Edges edges;
-  const Place place = SetUpEdges(t, corners, edges);
-  if (place == Place::kNowhere) return false;
-  if (place == Place::kPartly && !FindCovered(centres, edges, tile, fragments, weights)) return false;
-  if (step != DepthStep::kNone) LoadDepth(args, tile);
-  const auto find = [&]<DepthStep kStep>() __attribute__((always_inline)) {
-    if (place == Place::kEverywhere) return FindEverywhere<kStep>(t, centres, edges, tile, fragments, weights);
-    fragments.allLive = false;
-    return FindLive<kStep>(t, edges.inverseArea, tile, fragments, weights);
-  };
-  switch (step) {
-    case DepthStep::kNone:
-      return find.template operator()<DepthStep::kNone>();
-    case DepthStep::kLess:
-      return find.template operator()<DepthStep::kLess>();
-    case DepthStep::kLessWrite:
-      return find.template operator()<DepthStep::kLessWrite>();
-    case DepthStep::kLessEqual:
-      return find.template operator()<DepthStep::kLessEqual>();
-    case DepthStep::kLessEqualWrite:
-      return find.template operator()<DepthStep::kLessEqualWrite>();
-    default:
-      return find.template operator()<DepthStep::kKeep>();
-  }
-}
-
 /// Every plane shaded on its own. Planes are done within the triangle's turn: no plane reads what another one writes,
 /// so each pixel sees the same steps as with the planes outermost, without setting the triangles up four times.
 template <bool kOpaque>
@@ -124,7 +27,7 @@ LANE_FN void DrawUnshared(const Surface& surface, const Fragments& fragments, co
                                       const Barycentrics (&weights)[kPlanes], const Fragments& fragments, int& ahead,
                                       Tile& tile) {
   const TriangleRecord& t = *surface.triangle;
-  if (kernelMode != 1 || ahead < 2 || fragments.writesDepth || t.alphaTest != 0) return false;
+  if (kernelMode != 1 || ahead < 2 || t.alphaTest != 0) return false;
   const bool opaque = !Blends(t.blendMode);
   if (surface.texture == nullptr) {
     return opaque && ahead == 2 && DrawGradient(surface, weights, fragments, tile);
@@ -209,33 +112,104 @@ LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
   StorePlanes(tile, args.depthPixels, args.depthStrideBytes, words);
 }
 
+/// Draws a triangle's fragments, on to the colours that are there.
+LANE_FN void DrawFragments(const KernelFrameArgs& args, const TriangleRecord& t, const Fragments& fragments,
+                           const Barycentrics (&weights)[kPlanes], int& ahead, Tile& tile) {
+  Surface surface;
+  SetUpSurface(args, t, surface);
+  if (DrawAsExpected(args.kernelMode, surface, weights, fragments, ahead, tile)) return;
+  if (t.alphaTest != 0 || Blends(t.blendMode)) {
+    Draw<false>(args, surface, fragments, weights, ahead, tile);
+  } else {
+    Draw<true>(args, surface, fragments, weights, ahead, tile);
+  }
+}
+
+LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
+  if (!tile.colorLoaded) LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
+  tile.colorLoaded = tile.colorDirty = true;
+}
+
+/// Opaque triangles wait: their depth is written in their turn, their colour when it is asked for. Until then the tile
+/// notes which of them each pixel shows, so that what later ones draw over is never shaded.
+struct WaitingTriangles {
+  static constexpr unsigned kMost = 8;
+
+  const TriangleRecord* triangle[kMost];
+  Barycentrics weights[kMost][kPlanes];
+  unsigned taken = 0;  // a bit for each place that has a triangle
+
+  /// A place to put the next one at; there is one.
+  LANE_FN unsigned FreePlace() const { return static_cast<unsigned>(__builtin_ctz(~taken)); }
+
+  /// The fragments of the triangle at `place` that still show. Returns whether there are any.
+  LANE_FN bool FindShown(unsigned place, const Tile& tile, Fragments& fragments) const {
+    const Ints mark = Splat(static_cast<std::int32_t>(place));
+    for (int p = 0; p < kPlanes; ++p) fragments.live[p] = Equal(tile.shows[p], mark);
+    const Mask(&live)[kPlanes] = fragments.live;
+    fragments.allLive = All(And(And(live[0], live[1]), And(live[2], live[3])));
+    return Any(Or(Or(live[0], live[1]), Or(live[2], live[3])));
+  }
+};
+
+/// Draws what shows of the triangles that wait.
+[[gnu::noinline]] void DrawWaiting(const KernelFrameArgs& args, WaitingTriangles& waiting, int& ahead, Tile& tile) {
+  for (unsigned left = waiting.taken; left != 0; left &= left - 1) {
+    const unsigned place = static_cast<unsigned>(__builtin_ctz(left));
+    Fragments fragments;
+    if (!waiting.FindShown(place, tile, fragments)) continue;
+    if (!fragments.allLive) LoadColor(args, tile);
+    tile.colorLoaded = tile.colorDirty = true;
+    fragments.writesDepth = false;
+    DrawFragments(args, *waiting.triangle[place], fragments, waiting.weights[place], ahead, tile);
+  }
+  waiting.taken = 0;
+}
+
+/// Makes room where all places are taken: those go that nothing shows of, or else all of them are drawn.
+[[gnu::noinline]] void MakeRoom(const KernelFrameArgs& args, WaitingTriangles& waiting, int& ahead, Tile& tile) {
+  Fragments fragments;
+  for (unsigned place = 0; place < WaitingTriangles::kMost; ++place) {
+    if (!waiting.FindShown(place, tile, fragments)) waiting.taken &= ~(1u << place);
+  }
+  if (waiting.FreePlace() >= WaitingTriangles::kMost) DrawWaiting(args, waiting, ahead, tile);
+}
+
 LANE_FN void DrawStep(const KernelFrameArgs& args, const std::uint32_t* entries, std::int32_t entryCount, float bound,
                       Tile& tile) {
   const Centres centres = TileCentres(tile);
   const TileCorners corners = CornersOf(tile);
+  WaitingTriangles waiting;
   int ahead = 4;  // planes that the last triangle came to shade: likely as many as the next one will
   for (std::int32_t i = 0; i < entryCount; ++i) {
     const TriangleRecord& t = args.triangles[entries[i]];
     if (BehindBound(t, bound)) continue;
     const DepthStep step = DepthStepOf(t);
     Fragments fragments;
-    Barycentrics weights[kPlanes];
-    if (!FindFragments(args, t, centres, corners, step, tile, fragments, weights)) continue;
-    if (!tile.colorLoaded) {
-      LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
-      tile.colorLoaded = tile.colorDirty = true;
+    if (t.alphaTest == 0 && !Blends(t.blendMode)) {
+      if (waiting.taken == 0) {
+        for (Ints& shows : tile.shows) shows = Splat(kShowsStored);
+      }
+      if (waiting.FreePlace() >= WaitingTriangles::kMost) MakeRoom(args, waiting, ahead, tile);
+      const unsigned place = waiting.FreePlace();
+      const Search search = {t, tile, fragments, waiting.weights[place], Splat(static_cast<std::int32_t>(place))};
+      if (!FindFragments<true>(args, search, centres, corners, step)) continue;
+      if (WritesAtOnce(step)) tile.depthDirty = true;
+      if (fragments.allLive) waiting.taken = 0;
+      waiting.taken |= 1u << place;
+      waiting.triangle[place] = &t;
+      continue;
     }
+    Barycentrics weights[kPlanes];
+    const Search search = {t, tile, fragments, weights, Splat(kShowsStored)};
+    if (!FindFragments<false>(args, search, centres, corners, step)) continue;
+    if (waiting.taken != 0 && Blends(t.blendMode)) DrawWaiting(args, waiting, ahead, tile);
+    LoadColor(args, tile);
     fragments.writesDepth = step == DepthStep::kKeep && t.depthWrite != 0;
     if (fragments.writesDepth || WritesAtOnce(step)) tile.depthDirty = true;
-    Surface surface;
-    SetUpSurface(args, t, surface);
-    if (DrawAsExpected(args.kernelMode, surface, weights, fragments, ahead, tile)) continue;
-    if (fragments.writesDepth || t.alphaTest != 0 || Blends(t.blendMode)) {
-      Draw<false>(args, surface, fragments, weights, ahead, tile);
-    } else {
-      Draw<true>(args, surface, fragments, weights, ahead, tile);
-    }
+    DrawFragments(args, t, fragments, weights, ahead, tile);
   }
+  if (waiting.taken != 0) DrawWaiting(args, waiting, ahead, tile);
   FinishTile(args, tile);
 }
 

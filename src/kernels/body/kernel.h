@@ -27,6 +27,7 @@
 #include "kernels/body/own.h"
 #include "kernels/body/whole.h"
 #include "kernels/body/packed.h"
+#include "kernels/body/fragments.h"
 #include "kernels/body/forms.h"
 // clang-format on
 

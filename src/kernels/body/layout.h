@@ -18,6 +18,9 @@ using IntsOf = decltype(Bits(Lanes{}));
 
 LANE_FN MaskPart AllLanesOfPart() { return Equal(Splat(0), Splat(0)); }
 
+/// What a pixel shows that no triangle waits for.
+constexpr std::int32_t kShowsStored = -1;
+
 /// The pixels of one step: bounds, and the buffers' pixels in plane order while the list is worked off.
 struct Tile {
   std::int32_t x0, y0;  // first pixel of the step
@@ -25,6 +28,7 @@ struct Tile {
   Mask inBounds[kPlanes];
   Ints color[kPlanes];
   Floats depth[kPlanes];
+  Ints shows[kPlanes];  // the waiting triangle whose colour each pixel is to get; set once one waits
   bool colorLoaded, depthLoaded, colorDirty, depthDirty;
 };
 

@@ -39,6 +39,7 @@ LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fr
   tile.color[plane] = Select(live, words, tile.color[plane]);
   if constexpr (!kOpaque) {
     if (fragments.writesDepth) tile.depth[plane] = Select(live, fragments.z[plane], tile.depth[plane]);
+    if (t.alphaTest != 0) tile.shows[plane] = Select(live, Ints{Splat(kShowsStored)}, tile.shows[plane]);
   }
 }
 

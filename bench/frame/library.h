@@ -1,0 +1,36 @@
+// A library that draws the scenes: loaded by its path, with a window or a buffer to draw into. One implementation for
+// each system; one library a process, since both export the same names and fix their threads when they are loaded.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "gl_functions.h"
+
+namespace bench {
+
+/// Milliseconds of one frame.
+struct FrameTimes {
+  double wall;       // from the first call to the end of the swap
+  double processor;  // of all threads of the process, as far as the system tells
+  double present;    // what showing the finished picture took: part of `wall`
+};
+
+double Milliseconds();
+double ProcessorMilliseconds();
+
+/// Loads it, or ends the process with a message. Kinds: "tlr2", and where there is one "osmesa".
+bool OpenLibrary(const char* kind, const char* path);
+const Gl& LibraryFunctions();
+/// A window or a buffer of that size, with a context that is current.
+bool OpenTarget(int width, int height);
+/// Ends a frame: the swap, or what makes the other library finish it.
+void EndFrame();
+/// What showing the last frame took; to be asked before the next one. On Windows the Direct3D calls of the swap. The
+/// headless swap copies the picture, which cannot be timed from outside: the same copy, made now, stands for it.
+double PresentMilliseconds();
+/// The picture of the last frame, 0xAARRGGBB, rows from the top; empty where the system has no way to it.
+std::vector<std::uint32_t> TargetPicture();
+void CloseTarget();
+
+}  // namespace bench

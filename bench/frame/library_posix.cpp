@@ -1,0 +1,143 @@
+// The libraries on Linux: this driver with its headless windows, and OSMesa with a buffer.
+#include <dlfcn.h>
+#include <time.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "library.h"
+
+namespace bench {
+namespace {
+
+struct Library {
+  void* handle = nullptr;
+  bool ours = false;
+  Gl gl = {};
+  int width = 0, height = 0;
+  std::vector<std::uint32_t> buffer;  // the peer's target, and where pictures are copied to
+  void* window = nullptr;
+  void* context = nullptr;
+  // ours
+  void* (*createWindow)(std::int32_t, std::int32_t) = nullptr;
+  void (*destroyWindow)(void*) = nullptr;
+  void* (*createContext)(void*) = nullptr;
+  int (*makeCurrent)(void*, void*) = nullptr;
+  int (*deleteContext)(void*) = nullptr;
+  int (*swapBuffers)(void*) = nullptr;
+  std::uint32_t (*copyPicture)(void*, std::uint32_t*, std::uint32_t) = nullptr;
+  // the peer
+  void* (*osCreate)(std::uint32_t, std::int32_t, std::int32_t, std::int32_t, void*) = nullptr;
+  unsigned char (*osMakeCurrent)(void*, void*, std::uint32_t, std::int32_t, std::int32_t) = nullptr;
+  void (*osDestroy)(void*) = nullptr;
+  void (*finish)() = nullptr;
+};
+Library library;
+
+template <typename Function>
+void Find(Function& function, const char* name) {
+  void* symbol = dlsym(library.handle, name);
+  if (symbol == nullptr) {
+    std::fprintf(stderr, "frame_host: no %s in the library\n", name);
+    std::exit(2);
+  }
+  std::memcpy(&function, &symbol, sizeof function);
+}
+
+}  // namespace
+
+double Milliseconds() {
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+double ProcessorMilliseconds() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
+}
+
+bool OpenLibrary(const char* kind, const char* path) {
+  library.ours = std::strcmp(kind, "tlr2") == 0;
+  if (!library.ours && std::strcmp(kind, "osmesa") != 0) return false;
+  library.handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+  if (library.handle == nullptr) {
+    std::fprintf(stderr, "frame_host: %s\n", dlerror());
+    std::exit(2);
+  }
+#define BENCH_FIND(name) Find(library.gl.name, "gl" #name);
+  BENCH_GL_FUNCTIONS(BENCH_FIND)
+#undef BENCH_FIND
+  if (library.ours) {
+    Find(library.createWindow, "tlr2HeadlessCreateWindow");
+    Find(library.destroyWindow, "tlr2HeadlessDestroyWindow");
+    Find(library.copyPicture, "tlr2HeadlessCopyPicture");
+    Find(library.createContext, "wglCreateContext");
+    Find(library.makeCurrent, "wglMakeCurrent");
+    Find(library.deleteContext, "wglDeleteContext");
+    Find(library.swapBuffers, "wglSwapBuffers");
+  } else {
+    Find(library.osCreate, "OSMesaCreateContextExt");
+    Find(library.osMakeCurrent, "OSMesaMakeCurrent");
+    Find(library.osDestroy, "OSMesaDestroyContext");
+    Find(library.finish, "glFinish");
+  }
+  return true;
+}
+
+const Gl& LibraryFunctions() { return library.gl; }
+
+bool OpenTarget(int width, int height) {
+  library.width = width;
+  library.height = height;
+  library.buffer.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0);
+  if (library.ours) {
+    library.window = library.createWindow(width, height);
+    library.context = library.createContext(library.window);
+    return library.context != nullptr && library.makeCurrent(library.window, library.context) != 0;
+  }
+  library.context = library.osCreate(1 /* BGRA */, 24, 0, 0, nullptr);
+  return library.context != nullptr &&
+         library.osMakeCurrent(library.context, library.buffer.data(), kUnsignedByte, width, height) != 0;
+}
+
+void EndFrame() {
+  if (library.ours) {
+    library.swapBuffers(library.window);
+  } else {
+    library.finish();
+  }
+}
+
+double PresentMilliseconds() {
+  if (!library.ours) return 0;
+  const double begin = Milliseconds();
+  library.copyPicture(library.window, library.buffer.data(), static_cast<std::uint32_t>(library.buffer.size()));
+  return Milliseconds() - begin;
+}
+
+std::vector<std::uint32_t> TargetPicture() {
+  if (library.ours) {
+    PresentMilliseconds();
+    return library.buffer;
+  }
+  std::vector<std::uint32_t> picture;
+  const auto width = static_cast<std::ptrdiff_t>(library.width);
+  for (int y = library.height; y-- > 0;)
+    picture.insert(picture.end(), library.buffer.begin() + y * width, library.buffer.begin() + (y + 1) * width);
+  return picture;
+}
+
+void CloseTarget() {
+  if (library.ours) {
+    library.swapBuffers(library.window);
+    library.makeCurrent(nullptr, nullptr);
+    library.deleteContext(library.context);
+    library.destroyWindow(library.window);
+  } else {
+    library.osDestroy(library.context);
+  }
+}
+
+}  // namespace bench
