@@ -3,13 +3,13 @@
 
 A side is a library in one configuration: this driver at a target, a thread count and a size, or Mesa's llvmpipe. Each
 runs in a process of its own (both export the same names and fix their thread pools at load). The sides take turns of a
-few frames in strict alternation, after one frame that is not timed, until each side's least time was reproduced (two
-other turns within 3 % of it) and the last third of the turns found no lower one, or until --limit seconds a scene; a
-scene that ended so carries a "~".
+few frames in strict alternation, each after one frame that is not timed. The scenes are run in at least three passes
+over all of them; those on whose least times no two passes agree within 3 % are run again, up to --passes. A scene that
+did not settle carries a "~".
 
---statistic low, the default: the least time that was reproduced, which other work on the machine touches least.
+--statistic low, the default: the least time. Other work on the machine makes frames longer, never shorter.
 --statistic median: the median over the turns, which holds what a program meets on this machine as it is.
-The range beside a ratio is the same ratio from each third of the turns alone.
+The range beside a ratio holds the same ratio from each pass alone.
 
 Tables, of which --table takes one:
   peer      llvmpipe's time over ours, with the goals for 1280x720; --threads 1 is llvmpipe on the calling thread
@@ -31,7 +31,7 @@ import subprocess
 import sys
 
 from chart import chart
-from turns import Side, alternate, ratio_range, total
+from turns import Side, ratio_range, run_scenes, settled, total
 
 # llvmpipe's milliseconds over ours that each scene is meant to reach at 1280x720: with one thread, with two, and of the
 # 32-bit builds.
@@ -212,57 +212,60 @@ def scale(table, side):
 def show_head(table, options):
     unit = "nanoseconds a fragment" if table.fragments else "milliseconds a frame"
     print(f"\n{table.title}: {unit} ({options.measure} time), "
-          f"{'least reproduced' if options.statistic == 'low' else 'medians'}")
+          f"{'least times' if options.statistic == 'low' else 'medians'}; load average {os.getloadavg()[0]:.1f}")
     columns = [f"{name[:9]:>9}" for name in table.sides]
     if table.apart:
         columns += [f"{name[:6] + ' shown':>12}" for name in table.sides]
     print(f"{'scene':52} {' '.join(columns)}" + "".join(f" {pair.series[:11]:>11} {'(low-high)':>13} {'goal':>5}"
-                                                       for pair in table.pairs) + " turns", flush=True)
+                                                       for pair in table.pairs) + " passes", flush=True)
 
 
-def run_scene(table, options, sides, scene, title):
-    """One line of the table; returns its rows."""
-    turns, settled = alternate(list(sides.values()), scene, statistic=options.statistic, measure=options.measure,
-                               frames=options.frames, limit=options.limit, behind=table.behind)
-    values = {name: total(side, options.statistic) * scale(table, side) for name, side in sides.items()}
-    shown = {name: sorted(side.presents)[len(side.presents) // 2] for name, side in sides.items()}
+def show_scene(table, options, sides, scene, title):
+    """Prints one line of the table; returns its rows."""
+    values = {name: total(side, scene, options.statistic) * scale(table, side) for name, side in sides.items()}
+    shown = {name: min(side.presents[scene]) for name, side in sides.items()}
     line = f"{title:52} " + " ".join(f"{value:9.2f}" for value in values.values())
     if table.apart:
         line += "".join(f" {value:12.2f}" for value in shown.values())
+    passes = len(next(iter(sides.values())).passes[scene])
+    steady = all(settled(side, scene) for side in sides.values())
     rows = []
     for pair in table.pairs:
         over, under = sides[pair.over], sides[pair.under]
         factor = scale(table, over) / scale(table, under)
-        low, high = (bound * factor for bound in ratio_range(under, over, options.statistic))
+        low, high = (bound * factor for bound in ratio_range(over, under, scene, options.statistic))
         goal = pair.goal(scene)
         rows.append({"scene": scene, "title": title, "measure": options.measure, "statistic": options.statistic,
                      "width": table.size[0], "height": table.size[1], "threads": table.threads, "isa": options.isa,
                      "series": pair.series, "caption": f"{table.caption}, {options.measure} time; ticks are goals",
-                     "over": pair.over, "under": pair.under, "values": values, "turns": turns, "steady": settled,
+                     "over": pair.over, "under": pair.under, "values": values, "passes": passes, "steady": steady,
                      "ratio": values[pair.over] / values[pair.under], "ratio_low": low, "ratio_high": high,
                      "goal": goal, "goal_is_most": pair.most})
         if table.apart:
             rows[-1]["shown_ms"] = shown
         mark = "" if goal is None else f"{'<' if pair.most else ''}{goal:.3g}"
         line += f" {rows[-1]['ratio']:11.2f} ({low:5.2f}-{high:5.2f}) {mark:>5}"
-    print(f"{line} {turns:5}{'' if settled else ' ~'}", flush=True)
+    print(f"{line} {passes:6}{'' if steady else ' ~'}", flush=True)
     return rows
 
 
 def run_table(table, options, titles):
     scenes = options.scene or table.scenes
     sides = {}
-    rows = []
+
+    def after_pass(number, left):
+        print(f"pass {number}: {len(left)} of {len(scenes)} scenes are to be run again", file=sys.stderr)
+
     try:
         for name, (command, environment, (width, height)) in table.sides.items():
             sides[name] = Side(name, command, environment, width, height, table.apart)
-        show_head(table, options)
-        for scene in scenes:
-            rows += run_scene(table, options, sides, scene, titles[scene])
+        run_scenes(list(sides.values()), scenes, options.passes, after_pass, statistic=options.statistic,
+                   measure=options.measure, frames=options.frames, behind=table.behind)
     finally:
         for side in sides.values():
             side.close()
-    return rows
+    show_head(table, options)
+    return [row for scene in scenes for row in show_scene(table, options, sides, scene, titles[scene])]
 
 
 def parse():
@@ -277,8 +280,8 @@ def parse():
     parser.add_argument("--scene", nargs="+", help="default: those of the table")
     parser.add_argument("--statistic", choices=["low", "median"], default="low", help="default: low")
     parser.add_argument("--measure", choices=["wall", "processor"], default="wall", help="default: wall")
-    parser.add_argument("--frames", type=int, default=2, help="timed frames a turn, default: 2")
-    parser.add_argument("--limit", type=float, default=8, help="seconds a scene, default: 8")
+    parser.add_argument("--frames", type=int, default=2, help="least timed frames a turn, default: 2")
+    parser.add_argument("--passes", type=int, default=6, help="most passes over the scenes, default: 6")
     parser.add_argument("--behind", type=int, default=25,
                         help="milliseconds behind each frame of the wine table, in which its picture is shown")
     parser.add_argument("--isa", default="auto")
