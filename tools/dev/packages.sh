@@ -7,7 +7,7 @@ packages=(
   g++ cmake ninja-build ccache git python3 pkg-config
   g++-multilib g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix
   clang-19 libclang-rt-19-dev llvm-19 clang-tidy-19 clang-format-19
-  googletest libbenchmark-dev libcli11-dev nlohmann-json3-dev libpng-dev libstb-dev libsimde-dev spin
+  googletest libbenchmark-dev libbenchmark-dev:i386 libcli11-dev nlohmann-json3-dev libpng-dev libstb-dev libsimde-dev spin
   libosmesa6 libosmesa6-dev libosmesa6:i386
   wine wine64 wine32:i386 xvfb xauth imagemagick xdotool fonts-wine fonts-liberation
   mesa-vulkan-drivers mesa-vulkan-drivers:i386 libvulkan1 libvulkan1:i386
