@@ -83,11 +83,9 @@ def host_program(build):
 
 
 def find_library(build, name):
-    beside = os.path.join(build, "src", "library", name)
-    if os.path.exists(beside):
-        return os.path.abspath(beside)
-    return next((os.path.abspath(os.path.join(folder, name)) for folder, _, files in os.walk(build) if name in files),
-                os.path.abspath(beside))
+    places = [os.path.abspath(os.path.join(build, *folder, name)) for folder in (("src", "library"), ("bin",))]
+    found = next((place for place in places if os.path.exists(place)), None)
+    return found or sys.exit(f"compare.py: no {name} in {build}")
 
 
 def is_32_bit(program):

@@ -63,8 +63,12 @@ void STDMETHODCALLTYPE WatchedUnmap(ID3D11DeviceContext* context, ID3D11Resource
 void WatchPresents() {
   ID3D11Device* device = nullptr;
   ID3D11DeviceContext* context = nullptr;
-  if (FAILED(D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT, nullptr, 0,
-                               D3D11_SDK_VERSION, &device, nullptr, &context))) {
+  // By name: where Direct3D itself imports opengl32.dll, the driver must be loaded before it.
+  const FARPROC found = GetProcAddress(LoadLibraryA("d3d11.dll"), "D3D11CreateDevice");
+  PFN_D3D11_CREATE_DEVICE create = nullptr;
+  std::memcpy(&create, &found, sizeof create);
+  if (create == nullptr || FAILED(create(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,
+                                         nullptr, 0, D3D11_SDK_VERSION, &device, nullptr, &context))) {
     std::fprintf(stderr, "frame_host: no Direct3D device\n");
     std::exit(2);
   }
