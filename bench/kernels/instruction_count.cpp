@@ -2,13 +2,16 @@
 // whose time-stamp counter counts instructions (tools/dev/avx512_machine.sh); elsewhere the figures are cycles of a
 // kind, and it says so.
 //
-// Every kernel's call is counted by itself. What interrupts a call only adds to it, so each call is made several times
-// and its lowest count taken.
+// Every kernel's call is counted by itself. What interrupts a call only adds to it, so each call is made twice and its
+// lower count taken.
+//
+// usage: bench_instruction_count [TARGET or SCENE...]   all by default
 #include <algorithm>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <string>
 #include <vector>
 
 #include "kernels/tile_kernel.h"
@@ -18,8 +21,8 @@
 namespace tlr2::bench {
 namespace {
 
-constexpr int kRounds = 3;
-constexpr std::size_t kEvery = 5;  // of five tiles one is drawn: enough for a mean
+constexpr int kRounds = 2;
+constexpr std::size_t kEvery = 13;  // of so many tiles one is drawn: enough for a mean
 
 /// Orders the counter's reading against what stands around it.
 inline std::uint64_t Counter() {
@@ -40,9 +43,7 @@ std::uint64_t Lowest(Body body) {
 }
 
 /// Two instructions a turn, and the one that sets the register.
-void KnownLoop(std::uint32_t turns) {
-  __asm__ volatile("1: sub $1, %0\n\tjnz 1b" : "+r"(turns) : : "cc");
-}
+void KnownLoop(std::uint32_t turns) { __asm__ volatile("1: sub $1, %0\n\tjnz 1b" : "+r"(turns) : : "cc"); }
 
 struct {
   TileKernelFn kernel;
@@ -83,6 +84,18 @@ Result Count(Scene scene, TileKernelFn kernel) {
   return {static_cast<double>(sum) / (static_cast<double>(counted.lowest.size()) * layerCount), layers.ColorHash()};
 }
 
+bool IsScene(const std::string& name) {
+  return std::any_of(std::begin(kNamedScenes), std::end(kNamedScenes),
+                     [&](const auto& scene) { return name == scene.name; });
+}
+
+/// Whether `name` is among those of its kind that were asked for, or none of that kind was.
+template <typename OfItsKind>
+bool Chosen(const std::vector<std::string>& names, const std::string& name, OfItsKind ofItsKind) {
+  return std::none_of(names.begin(), names.end(), ofItsKind) ||
+         std::find(names.begin(), names.end(), name) != names.end();
+}
+
 int Main(int argc, char** argv) {
   const std::uint64_t none = Lowest([] {});
   counted.overhead = none;
@@ -92,12 +105,12 @@ int Main(int argc, char** argv) {
   const bool instructions = known >= 19990 && known <= 20010;
   std::printf("%s a micro tile and layer; the hash of the picture\n",
               instructions ? "instructions" : "NOT INSTRUCTIONS: counts of this processor's clock");
+  const std::vector<std::string> names(argv + 1, argv + argc);
   for (const auto& scene : kNamedScenes) {
-    if (argc > 1 && std::none_of(argv + 1, argv + argc, [&](const char* name) { return std::string(name) == scene.name; }))
-      continue;
+    if (!Chosen(names, scene.name, [](const auto& name) { return IsScene(name); })) continue;
     std::printf("%-16s", scene.name);
     for (std::int32_t target = 0; target < 4; ++target) {
-      if (!Runs(target)) continue;
+      if (!Runs(target) || !Chosen(names, kTargets[target], [](const auto& name) { return !IsScene(name); })) continue;
       const Result result = Count(scene.scene, KernelForTarget(target));
       std::printf("  %s %.1f %08" PRIx32, kTargets[target], result.perTileAndLayer,
                   static_cast<std::uint32_t>(result.hash >> 32 ^ result.hash));

@@ -13,8 +13,11 @@ LANE_FN FloatsPart Weigh(const PartBarycentrics& w, float v0, float v1, float v2
 }
 
 /// What becomes of a triangle's depth, chosen once for all its planes: the common tests by themselves, and written at
-/// once unless an alpha test comes between, for which it is kept until the fragments are stored.
-enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kOther, kOtherWrite, kKeep };
+/// once unless an alpha test comes between, for which it is kept until the fragments are stored. What is known to pass
+/// is just written.
+enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kOther, kOtherWrite, kWrite, kKeep };
+
+LANE_FN bool WritesDepth(const TriangleRecord& t) { return t.depthTest != 0 && t.depthWrite != 0; }
 
 LANE_FN DepthStep DepthStepOf(const TriangleRecord& t) {
   if (t.depthTest == 0) return DepthStep::kNone;
@@ -25,7 +28,8 @@ LANE_FN DepthStep DepthStepOf(const TriangleRecord& t) {
   return writes ? DepthStep::kOtherWrite : DepthStep::kOther;
 }
 constexpr bool WritesAtOnce(DepthStep step) {
-  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite || step == DepthStep::kOtherWrite;
+  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite || step == DepthStep::kOtherWrite ||
+         step == DepthStep::kWrite;
 }
 
 /// Ordered comparisons but for "not equal"; an unknown function passes nothing.
@@ -33,6 +37,7 @@ template <DepthStep kStep>
 LANE_FN MaskPart DepthPasses(std::uint32_t function, FloatsPart z, FloatsPart stored) {
   if constexpr (kStep == DepthStep::kLess || kStep == DepthStep::kLessWrite) return Less(z, stored);
   if constexpr (kStep == DepthStep::kLessEqual || kStep == DepthStep::kLessEqualWrite) return LessEqual(z, stored);
+  if constexpr (kStep == DepthStep::kWrite) return AllLanesOfPart();
   switch (function) {
     case 0:
       return AllLanesOfPart();

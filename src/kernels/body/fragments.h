@@ -49,9 +49,8 @@ template <DepthStep kStep, bool kWaits>
 [[gnu::noinline]] bool FindEverywhere(const Search& search, const Centres& centres, const Edges& edges) {
   MaskPart any = NoLane(), all = AllLanesOfPart();
   VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
-    const MaskPart live =
-        FindPart<kStep, kWaits>(search, plane, part, Scaled(Unscaled(values), edges.inverseArea),
-                                PartOf(search.tile.inBounds[plane], part));
+    const MaskPart live = FindPart<kStep, kWaits>(search, plane, part, Scaled(Unscaled(values), edges.inverseArea),
+                                                  PartOf(search.tile.inBounds[plane], part));
     any = Or(any, live);
     all = And(all, live);
   });
@@ -85,14 +84,11 @@ template <DepthStep kStep, bool kWaits>
   return Any(any);
 }
 
-/// Coverage and depth of the four planes. Returns whether any lane lives.
+/// Coverage and depth of the four planes, at some pixels of which the triangle lies. Returns whether any lane lives.
 template <bool kWaits>
 LANE_FN bool FindFragments(const KernelFrameArgs& args, const Search& search, const Centres& centres,
-                           const TileCorners& corners, DepthStep step) {
-  Edges edges;
+                           const Edges& edges, Place place, DepthStep step) {
   Fragments& fragments = search.fragments;
-  const Place place = SetUpEdges(search.triangle, corners, edges);
-  if (place == Place::kNowhere) return false;
   if (place == Place::kPartly && !FindCovered(centres, edges, search.tile, fragments, search.weights)) return false;
   if (step != DepthStep::kNone) LoadDepth(args, search.tile);
   const auto find = [&]<DepthStep kStep>() __attribute__((always_inline)) {
@@ -115,6 +111,8 @@ LANE_FN bool FindFragments(const KernelFrameArgs& args, const Search& search, co
       return find.template operator()<DepthStep::kOther>();
     case DepthStep::kOtherWrite:
       return find.template operator()<DepthStep::kOtherWrite>();
+    case DepthStep::kWrite:
+      return false;  // for what needs no search
     case DepthStep::kKeep:
       if constexpr (!kWaits) return find.template operator()<DepthStep::kKeep>();
       return false;

@@ -27,8 +27,11 @@
 #include "kernels/body/own.h"
 #include "kernels/body/whole.h"
 #include "kernels/body/packed.h"
+#include "kernels/body/range.h"
 #include "kernels/body/fragments.h"
 #include "kernels/body/forms.h"
+#include "kernels/body/waiting.h"
+#include "kernels/body/step.h"
 // clang-format on
 
 namespace tlr2 {

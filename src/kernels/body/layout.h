@@ -18,6 +18,10 @@ using IntsOf = decltype(Bits(Lanes{}));
 
 LANE_FN MaskPart AllLanesOfPart() { return Equal(Splat(0), Splat(0)); }
 
+struct DepthRange {
+  float low, high;
+};
+
 /// What a pixel shows that no triangle waits for.
 constexpr std::int32_t kShowsStored = -1;
 
@@ -30,13 +34,15 @@ struct Tile {
   Floats depth[kPlanes];
   Ints shows[kPlanes];  // the waiting triangle whose colour each pixel is to get; set once one waits
   bool colorLoaded, depthLoaded, colorDirty, depthDirty;
+  DepthRange range;  // no stored depth lies outside, where it is known
+  bool rangeKnown;
 };
 
 LANE_FN void StartTile(Tile& tile, std::int32_t x0, std::int32_t y0, std::int32_t x1, std::int32_t y1) {
   tile.x0 = x0;
   tile.y0 = y0;
   tile.whole = x1 - x0 >= 8 && y1 - y0 >= kStepRows;
-  tile.colorLoaded = tile.depthLoaded = tile.colorDirty = tile.depthDirty = false;
+  tile.colorLoaded = tile.depthLoaded = tile.colorDirty = tile.depthDirty = tile.rangeKnown = false;
   if (tile.whole) {
     for (Mask& m : tile.inBounds) m = AllLanesOfPart();
     return;

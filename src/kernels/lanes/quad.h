@@ -29,6 +29,24 @@ LANE_FN Quad Or(Quad x, Quad y) { return {_mm_or_ps(x.v, y.v)}; }
 LANE_FN Quad Less(Quad x, Quad y) { return {_mm_cmplt_ps(x.v, y.v)}; }
 LANE_FN Quad LessEqual(Quad x, Quad y) { return {_mm_cmple_ps(x.v, y.v)}; }
 LANE_FN Quad Equal(Quad x, Quad y) { return {_mm_cmpeq_ps(x.v, y.v)}; }
+LANE_FN Quad Min(Quad x, Quad y) { return {_mm_min_ps(x.v, y.v)}; }
+LANE_FN Quad Max(Quad x, Quad y) { return {_mm_max_ps(x.v, y.v)}; }
+LANE_FN Quad Abs(Quad x) { return {_mm_andnot_ps(_mm_set1_ps(-0.0f), x.v)}; }
+/// The sum of each one's elements, in any order.
+LANE_FN Quad Sums(Quad a, Quad b, Quad c, Quad d) {
+  return {_mm_hadd_ps(_mm_hadd_ps(a.v, b.v), _mm_hadd_ps(c.v, d.v))};
+}
+/// Elements 1, 0, 3, 2.
+LANE_FN Quad SwapPairs(Quad x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 3, 0, 1))}; }
+LANE_FN float First(Quad x) { return _mm_cvtss_f32(x.v); }
+LANE_FN float Third(Quad x) { return _mm_cvtss_f32(_mm_movehl_ps(x.v, x.v)); }
+/// Elements 2, 0, 1, and 0 behind them: of each edge's opposite vertex.
+LANE_FN Quad Opposite(Quad x) {
+  const __m128 turned = _mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(3, 1, 0, 2));
+  return {_mm_blend_ps(turned, _mm_setzero_ps(), 8)};
+}
+/// 0 in the last element.
+LANE_FN Quad OnlyThree(Quad x) { return {_mm_blend_ps(x.v, _mm_setzero_ps(), 8)}; }
 /// Elements 0, 1, 2, 2: nothing behind three floats takes part.
 LANE_FN Quad FirstThree(Quad x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(2, 2, 1, 0))}; }
 /// Bytes 0 to 3 of a word, from the lowest.
