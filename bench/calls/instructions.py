@@ -24,6 +24,7 @@ def main():
     name = arguments[arguments.index("--only") + 1]
     gdb.execute("set breakpoint pending on")
     gdb.execute("set pagination off")
+    gdb.execute("set confirm off")
     point = gdb.Breakpoint(name)
     point.ignore_count = WARM_UP
     gdb.execute("run", to_string=True)
@@ -32,10 +33,7 @@ def main():
     entry = gdb.Breakpoint(f"*{name}")
     gdb.execute("continue", to_string=True)
     entry.delete()
-    # Each step is told on the terminal.
-    gdb.execute("set logging file /dev/null")
-    gdb.execute("set logging redirect on")
-    gdb.execute("set logging enabled on", to_string=True)
+    gdb.execute("set suppress-cli-notifications on")  # each step would be told
     stack = int(gdb.parse_and_eval("$sp"))
     lines, order = collections.Counter(), []
     while int(gdb.parse_and_eval("$sp")) <= stack:
@@ -44,7 +42,6 @@ def main():
             order.append((line, gdb.selected_frame().find_sal()))
         lines[line] += 1
         gdb.execute("stepi", to_string=True)
-    gdb.execute("set logging enabled off", to_string=True)
     print(f"{sum(lines.values())} instructions of {name}")
     for line, sal in order:
         source = ""
@@ -52,7 +49,7 @@ def main():
             with open(sal.symtab.fullname(), encoding="utf-8") as file:
                 source = file.read().splitlines()[sal.line - 1].strip()
         print(f"{lines[line]:5}  {line:28} {source}")
-    gdb.execute("kill")
+    gdb.execute("kill", to_string=True)
 
 
 main()
