@@ -17,7 +17,7 @@ def bar(row, x, at, color):
     out = [f'<rect x="{LEFT}" y="{at}" width="{x(row["ratio"]) - LEFT:.1f}" height="{BAR - 1}" fill="{color}"/>']
     low, high = x(row["ratio_low"]), x(row["ratio_high"])
     middle = at + (BAR - 1) / 2
-    out.append(f'<line x1="{low:.1f}" y1="{middle}" x2="{high:.1f}" y2="{middle}" stroke="#444" stroke-width="1"/>')
+    out.append(f'<line x1="{low:.1f}" y1="{middle}" x2="{high:.1f}" y2="{middle}" stroke="#111" stroke-width="1"/>')
     text = max(x(row["ratio"]), high)
     if row["goal"]:
         tick = x(row["goal"])

@@ -139,7 +139,7 @@ def peer_tables(options):
                 column = 2 if words32 else 0 if threads == 1 else 1
                 return GOALS[scene][column] if at == (1280, 720) and (threads == 1 or not words32) else None
             yield Table(f"{at[0]}x{at[1]}, {plural(threads)}, target {options.isa}{', 32-bit' if words32 else ''}",
-                        "llvmpipe's time over ours",
+                        "llvmpipe's time over ours: longer is faster, the line is equal",
                         {"ours": ours(options, threads=threads, size=at), "llvmpipe": llvmpipe(options, threads, at)},
                         [Pair(plural(threads), "llvmpipe", "ours", goal)], list(GOALS), at, threads)
 
@@ -175,6 +175,8 @@ def size_tables(options):
 
 
 def wine_tables(options):
+    if not is_32_bit(host_program(options.build)):
+        sys.exit(f"compare.py: {options.build} is no 32-bit build")
     for at in options.size:
         for threads in options.threads:
             yield Table(f"{at[0]}x{at[1]}, {plural(threads)}, target {options.isa}, 32-bit, the driver's own time",
@@ -273,7 +275,7 @@ def parse():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--table", choices=list(TABLES), default="peer", help="default: peer")
     parser.add_argument("--against", metavar="CONFIGURATION")
-    parser.add_argument("--build", default="build/native", help="default: build/native")
+    parser.add_argument("--build", help="default: build/native; for the wine table build/native32")
     parser.add_argument("--windows", default="build/win32", help="build of the wine table, default: build/win32")
     parser.add_argument("--size", type=size, nargs="+", metavar="WxH",
                         help="default: 1280x720; for the peer table also 640x480 and 1920x1080")
@@ -292,6 +294,7 @@ def parse():
     parser.add_argument("--svg", help="draws the chart")
     parser.add_argument("--from", dest="earlier", metavar="JSON", help="draws the chart of an earlier run, with --svg")
     options = parser.parse_args()
+    options.build = options.build or ("build/native32" if options.table == "wine" else "build/native")
     options.size = options.size or SIZES.get(options.table if not options.against else "", [(1280, 720)])
     options.threads = options.threads or THREADS.get(options.table if not options.against else "", [1])
     return options
