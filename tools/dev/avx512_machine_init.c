@@ -5,9 +5,21 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/io.h>
+#include <sys/klog.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+/* What the kernel said last: where a program was stopped, by its address. */
+static void print_kernels_last_line(void) {
+  static char log[1 << 20];
+  const int length = klogctl(3, log, sizeof log - 1);
+  if (length <= 0) return;
+  log[length] = '\0';
+  while (length > 0 && log[strlen(log) - 1] == '\n') log[strlen(log) - 1] = '\0';
+  const char* line = strrchr(log, '\n');
+  printf("machine: %s\n", line != NULL ? line + 1 : log);
+}
 
 static int run(char* line) {
   char* words[64];
@@ -28,6 +40,7 @@ static int run(char* line) {
   waitpid(child, &status, 0);
   if (WIFSIGNALED(status)) {
     printf("machine: %s was stopped by signal %d\n", words[first], WTERMSIG(status));
+    print_kernels_last_line();
   } else {
     printf("machine: %s ended with %d\n", words[first], WEXITSTATUS(status));
   }

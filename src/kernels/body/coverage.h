@@ -45,23 +45,21 @@ struct EdgeValues {
 };
 
 /// Calls `visit(plane, part, values)` for all parts of all planes. Each product and difference is the one of the full
-/// evaluation; planes only share those of their columns and rows, while these are in registers.
+/// evaluation; planes only share those of their columns, while these are in registers, and so may parts.
 template <typename Visit>
 LANE_FN void VisitEdgeValues(const Centres& centres, const Edges& edges, Visit visit) {
-  for (int part = 0; part < kParts; ++part) {
-    EdgeValues upper, lower;
-    for (int i = 0; i < 3; ++i) upper.e[i] = Sub(PartOf(centres.y[0], part), Splat(edges.y[i]));
-    for (int i = 0; i < 3; ++i) lower.e[i] = Sub(PartOf(centres.y[1], part), Splat(edges.y[i]));
-    const auto column = [&](int dx) __attribute__((always_inline)) {
-      EdgeValues product, values;
-      for (int i = 0; i < 3; ++i) product.e[i] = EdgeProductY(edges, i, PartOf(centres.x[dx], part));
-      for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, upper.e[i], product.e[i]);
-      visit(dx, part, values);
-      for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, lower.e[i], product.e[i]);
-      visit(2 + dx, part, values);
-    };
-    column(0);
-    column(1);
+  for (int right = 0; right < 2; ++right) {
+    EdgeValues product, values;
+    for (int part = 0; part < kParts; ++part) {
+      if (part == 0 || !kPartsShareColumns) {
+        for (int i = 0; i < 3; ++i) product.e[i] = EdgeProductY(edges, i, PartOf(centres.x[right], part));
+      }
+      for (int lower = 0; lower < 2; ++lower) {
+        const FloatsPart y = PartOf(centres.y[lower], part);
+        for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, Sub(y, Splat(edges.y[i])), product.e[i]);
+        visit(2 * lower + right, part, values);
+      }
+    }
   }
 }
 
@@ -77,9 +75,8 @@ LANE_FN MaskPart Inside(const Edges& edges, const EdgeValues& values) {
 
 /// The barycentrics before they are scaled by 1/area: vertex i has the value of the edge that it does not lie on.
 LANE_FN PartBarycentrics Unscaled(const EdgeValues& values) { return {{values.e[1], values.e[2], values.e[0]}}; }
-LANE_FN PartBarycentrics Scaled(const PartBarycentrics& w, float inverseArea) {
-  const FloatsPart inverse = Splat(inverseArea);
-  return {{Mul(w.b[0], inverse), Mul(w.b[1], inverse), Mul(w.b[2], inverse)}};
+LANE_FN PartBarycentrics Scaled(const PartBarycentrics& w, FloatsPart inverseArea) {
+  return {{Mul(w.b[0], inverseArea), Mul(w.b[1], inverseArea), Mul(w.b[2], inverseArea)}};
 }
 
 }  // namespace

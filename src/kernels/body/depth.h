@@ -15,7 +15,7 @@ LANE_FN FloatsPart Weigh(const PartBarycentrics& w, float v0, float v1, float v2
 /// What becomes of a triangle's depth, chosen once for all its planes: the common tests by themselves, and written at
 /// once unless an alpha test comes between, for which it is kept until the fragments are stored. What is known to pass
 /// is just written.
-enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kOther, kOtherWrite, kWrite, kKeep };
+enum class DepthStep { kNone, kLess, kLessWrite, kLessEqual, kLessEqualWrite, kOther, kOtherWrite, kKeep };
 
 LANE_FN bool WritesDepth(const TriangleRecord& t) { return t.depthTest != 0 && t.depthWrite != 0; }
 
@@ -28,8 +28,7 @@ LANE_FN DepthStep DepthStepOf(const TriangleRecord& t) {
   return writes ? DepthStep::kOtherWrite : DepthStep::kOther;
 }
 constexpr bool WritesAtOnce(DepthStep step) {
-  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite || step == DepthStep::kOtherWrite ||
-         step == DepthStep::kWrite;
+  return step == DepthStep::kLessWrite || step == DepthStep::kLessEqualWrite || step == DepthStep::kOtherWrite;
 }
 
 /// Ordered comparisons but for "not equal"; an unknown function passes nothing.
@@ -37,7 +36,6 @@ template <DepthStep kStep>
 LANE_FN MaskPart DepthPasses(std::uint32_t function, FloatsPart z, FloatsPart stored) {
   if constexpr (kStep == DepthStep::kLess || kStep == DepthStep::kLessWrite) return Less(z, stored);
   if constexpr (kStep == DepthStep::kLessEqual || kStep == DepthStep::kLessEqualWrite) return LessEqual(z, stored);
-  if constexpr (kStep == DepthStep::kWrite) return AllLanesOfPart();
   switch (function) {
     case 0:
       return AllLanesOfPart();

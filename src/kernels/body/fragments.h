@@ -22,40 +22,75 @@ struct Search {
   IntsPart mark;
 };
 
-/// Barycentrics and depth of one part of a plane. Returns its live lanes.
+/// The same with what all parts need in registers, out of reach of what is written meanwhile.
 template <DepthStep kStep, bool kWaits>
-LANE_FN MaskPart FindPart(const Search& search, int plane, int part, const PartBarycentrics& w, MaskPart covered) {
-  Tile& tile = search.tile;
-  SetPart(search.weights[plane], part, w);
-  MaskPart live = covered;
-  if constexpr (kStep != DepthStep::kNone) {
-    const TriangleRecord& t = search.triangle;
-    const FloatsPart z = Weigh(w, t.z[0], t.z[1], t.z[2]);
-    const FloatsPart stored = PartOf(tile.depth[plane], part);
-    live = And(covered, DepthPasses<kStep>(t.depthFunc, z, stored));
-    if constexpr (WritesAtOnce(kStep)) SetPart(tile.depth[plane], part, Select(live, z, stored));
-    if constexpr (kStep == DepthStep::kKeep) SetPart(search.fragments.z[plane], part, z);
+struct PartFinder {
+  Tile& tile;
+  Fragments& fragments;
+  Barycentrics (&weights)[kPlanes];
+  const IntsPart mark;
+  const Vertices depths;
+  const FloatsPart inverseArea;
+  const std::uint32_t depthFunction;
+
+  LANE_FN PartFinder(const Search& s, const Edges& edges)
+      : tile(s.tile),
+        fragments(s.fragments),
+        weights(s.weights),
+        mark(s.mark),
+        depths(SplatVertices(s.triangle.z[0], s.triangle.z[1], s.triangle.z[2])),
+        inverseArea(Splat(edges.inverseArea)),
+        depthFunction(s.triangle.depthFunc) {}
+
+  /// Barycentrics and depth of one part of a plane. Returns its live lanes.
+  LANE_FN MaskPart Find(int plane, int part, const PartBarycentrics& unscaled, MaskPart covered) const {
+    const PartBarycentrics w = Scaled(unscaled, inverseArea);
+    SetPart(weights[plane], part, w);
+    MaskPart live = covered;
+    if constexpr (kStep != DepthStep::kNone) {
+      const FloatsPart z = Weigh(w, depths);
+      const FloatsPart stored = PartOf(tile.depth[plane], part);
+      live = And(covered, DepthPasses<kStep>(depthFunction, z, stored));
+      if constexpr (WritesAtOnce(kStep)) SetPart(tile.depth[plane], part, Select(live, z, stored));
+      if constexpr (kStep == DepthStep::kKeep) SetPart(fragments.z[plane], part, z);
+    }
+    if constexpr (kWaits) {
+      SetPart(tile.shows[plane], part, Select(live, mark, PartOf(tile.shows[plane], part)));
+    } else {
+      SetPart(fragments.live[plane], part, live);
+    }
+    return live;
   }
-  if constexpr (kWaits) {
-    SetPart(tile.shows[plane], part, Select(live, search.mark, PartOf(tile.shows[plane], part)));
-  } else {
-    SetPart(search.fragments.live[plane], part, live);
+  /// Barycentrics and depth of one part of a plane at all pixels of which the triangle is known to pass.
+  LANE_FN void Fill(int plane, int part, const PartBarycentrics& unscaled) const {
+    const PartBarycentrics w = Scaled(unscaled, inverseArea);
+    SetPart(weights[plane], part, w);
+    if constexpr (kStep != DepthStep::kNone) SetPart(tile.depth[plane], part, Weigh(w, depths));
   }
-  return live;
-}
+};
 
 /// Fragments of a triangle whose edges hold the whole step. Returns whether any lane lives.
 template <DepthStep kStep, bool kWaits>
 [[gnu::noinline]] bool FindEverywhere(const Search& search, const Centres& centres, const Edges& edges) {
+  const PartFinder<kStep, kWaits> finder(search, edges);
   MaskPart any = NoLane(), all = AllLanesOfPart();
   VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
-    const MaskPart live = FindPart<kStep, kWaits>(search, plane, part, Scaled(Unscaled(values), edges.inverseArea),
-                                                  PartOf(search.tile.inBounds[plane], part));
+    const MaskPart live = finder.Find(plane, part, Unscaled(values), PartOf(finder.tile.inBounds[plane], part));
     any = Or(any, live);
     all = And(all, live);
   });
   search.fragments.allLive = All(all);
   return Any(any);
+}
+
+/// The same of one that waits and is known to pass wherever it lies: only the depth is written, or not even that.
+template <bool kWritesDepth>
+[[gnu::noinline]] void FillEverywhere(const Search& search, const Centres& centres, const Edges& edges) {
+  const PartFinder<kWritesDepth ? DepthStep::kOtherWrite : DepthStep::kNone, true> finder(search, edges);
+  VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
+    finder.Fill(plane, part, Unscaled(values));
+  });
+  for (Ints& shows : search.tile.shows) shows = search.mark;
 }
 
 /// Covered lanes, and the barycentrics before scaling. Returns whether any lane is covered.
@@ -73,12 +108,13 @@ template <DepthStep kStep, bool kWaits>
 
 /// The rest of what FindCovered leaves. Returns whether any lane lives.
 template <DepthStep kStep, bool kWaits>
-[[gnu::noinline]] bool FindLive(const Search& search, float inverseArea) {
+[[gnu::noinline]] bool FindLive(const Search& search, const Edges& edges) {
+  const PartFinder<kStep, kWaits> finder(search, edges);
   MaskPart any = NoLane();
   for (int plane = 0; plane < kPlanes; ++plane) {
     for (int part = 0; part < kParts; ++part) {
-      const PartBarycentrics w = Scaled(PartOf(search.weights[plane], part), inverseArea);
-      any = Or(any, FindPart<kStep, kWaits>(search, plane, part, w, PartOf(search.fragments.live[plane], part)));
+      const MaskPart covered = PartOf(finder.fragments.live[plane], part);
+      any = Or(any, finder.Find(plane, part, PartOf(finder.weights[plane], part), covered));
     }
   }
   return Any(any);
@@ -94,7 +130,7 @@ LANE_FN bool FindFragments(const KernelFrameArgs& args, const Search& search, co
   const auto find = [&]<DepthStep kStep>() __attribute__((always_inline)) {
     if (place == Place::kEverywhere) return FindEverywhere<kStep, kWaits>(search, centres, edges);
     fragments.allLive = false;
-    return FindLive<kStep, kWaits>(search, edges.inverseArea);
+    return FindLive<kStep, kWaits>(search, edges);
   };
   switch (step) {
     case DepthStep::kNone:
@@ -111,8 +147,6 @@ LANE_FN bool FindFragments(const KernelFrameArgs& args, const Search& search, co
       return find.template operator()<DepthStep::kOther>();
     case DepthStep::kOtherWrite:
       return find.template operator()<DepthStep::kOtherWrite>();
-    case DepthStep::kWrite:
-      return false;  // for what needs no search
     case DepthStep::kKeep:
       if constexpr (!kWaits) return find.template operator()<DepthStep::kKeep>();
       return false;

@@ -65,9 +65,9 @@ LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
   const Search search = {t, step.tile, fragments, waiting.weights[place], Splat(static_cast<std::int32_t>(place))};
   const Edges& edges = waiting.edges[waiting.fillEdges];
   if (WritesDepth(t)) {
-    FindEverywhere<DepthStep::kWrite, true>(search, step.centres, edges);
+    FillEverywhere<true>(search, step.centres, edges);
   } else {
-    FindEverywhere<DepthStep::kNone, true>(search, step.centres, edges);
+    FillEverywhere<false>(search, step.centres, edges);
   }
   waiting.filling = false;
 }
@@ -108,7 +108,8 @@ LANE_FN void WaitEverywhere(StepDrawing& step, const TriangleRecord& t) {
 }
 
 /// Lets an opaque triangle wait, as far as it passes.
-LANE_FN void Wait(StepDrawing& step, const TriangleRecord& t, Place at, DepthStep depth, const DepthRange* range) {
+[[gnu::noinline]] void Wait(StepDrawing& step, const TriangleRecord& t, Place at, DepthStep depth,
+                            const DepthRange* range) {
   WaitingTriangles& waiting = step.waiting;
   Tile& tile = step.tile;
   if (waiting.filling) Fill(step);

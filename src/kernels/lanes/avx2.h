@@ -16,6 +16,7 @@ namespace tlr2 {
 namespace {
 
 constexpr int kLanes = 16;
+constexpr bool kPartsShareColumns = true;  // the second part lies four rows below the first
 
 // A part's integers: one register.
 struct IntsPart {

@@ -30,6 +30,7 @@ struct Mask {
 
 // One register holds the step, so it has one part.
 constexpr int kParts = 1;
+constexpr bool kPartsShareColumns = true;
 using FloatsPart = Floats;
 using IntsPart = Ints;
 using MaskPart = Mask;

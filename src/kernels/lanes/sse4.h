@@ -15,6 +15,7 @@ namespace tlr2 {
 namespace {
 
 constexpr int kLanes = 8;
+constexpr bool kPartsShareColumns = false;  // the second part lies four columns right of the first
 
 // A part: one register's lanes.
 struct FloatsPart {
