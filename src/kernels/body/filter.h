@@ -31,17 +31,15 @@ LANE_FN PartColor ToByteScale(const PartColor& c) { return Scale(c, 255.0f); }
     offset[i] = TexelOffset(RowOffset(level, Wrap(clampT, y, level.rows)), Wrap(clampS, x, level.columns));
   }
   for (int i = 0; i < count; ++i) {
-    samples.texel[i] = ToByteScale(Scale(UnpackBytes(GatherByLoads(texels, offset[i])), kByteScale));
+    const IntsPart t = GatherByLoads(texels, offset[i]);
+    samples.texel[i] = ToByteScale({ByteTimes<2>(t, kByteScale), ByteTimes<1>(t, kByteScale),
+                                    ByteTimes<0>(t, kByteScale), ByteTimes<3>(t, kByteScale)});
   }
 }
 
-template <int Shift>
+template <int Byte>
 LANE_FN FloatsPart BlendChannel(const Footprint& f, const FloatsPart (&weight)[4]) {
-  const auto unit = [](IntsPart word) __attribute__((always_inline)) {
-    // A channel in its place is the byte times a power of two, which the scale takes back without rounding.
-    if constexpr (Shift == 24) return Mul(ToFloats(ShiftRight<24>(word)), Splat(kByteScale));
-    return Mul(ToFloats(And(word, Splat(0xFF << Shift))), Splat(kByteScale / static_cast<float>(1 << Shift)));
-  };
+  const auto unit = [](IntsPart words) __attribute__((always_inline)) { return ByteTimes<Byte>(words, kByteScale); };
   FloatsPart sum = Mul(unit(f.t10), weight[0]);
   sum = MulAdd(unit(f.t00), weight[1], sum);
   sum = MulAdd(unit(f.t11), weight[2], sum);
@@ -50,8 +48,8 @@ LANE_FN FloatsPart BlendChannel(const Footprint& f, const FloatsPart (&weight)[4
 
 /// On the scale 0 to 1.
 LANE_FN PartColor BlendFootprint(const Footprint& f, const FloatsPart (&weight)[4]) {
-  return {BlendChannel<16>(f, weight), BlendChannel<8>(f, weight), BlendChannel<0>(f, weight),
-          BlendChannel<24>(f, weight)};
+  return {BlendChannel<2>(f, weight), BlendChannel<1>(f, weight), BlendChannel<0>(f, weight),
+          BlendChannel<3>(f, weight)};
 }
 
 /// A unit's footprint in one level, and what its texels weigh.

@@ -128,6 +128,7 @@ LANE_FN void ScatterLive(void* base, IntsPart byteOffsets, IntsPart words, MaskP
 }  // namespace
 }  // namespace tlr2
 
+#include "kernels/lanes/bytes.h"
 #include "kernels/lanes/pair.h"
 
 namespace tlr2 {

@@ -140,6 +140,17 @@ LANE_FN Floats ReverseGroups(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM
 LANE_FN Floats SwapGroupHalves(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
 
 // Colours.
+/// Byte `Byte` of each word, from the lowest, times `scale`, rounded once; `scale` over 2^8 is still a normal number.
+template <int Byte>
+LANE_FN Floats ByteTimes(Ints words, float scale) {
+  // A byte under the exponent of 2^23 is a float that is as much more than 2^23. Fused, the product less 2^23 times the
+  // factor is exact until it is rounded. The upper bytes would reach the exponent where they stand.
+  constexpr int place = Byte % 2 * 8;
+  const __m512i low = Byte < 2 ? words.v : _mm512_rol_epi32(words.v, 16);
+  const __m512i above = _mm512_mask_blend_epi8(0x1111111111111111 << (Byte % 2), _mm512_set1_epi32(0x4B000000), low);
+  const float factor = scale / static_cast<float>(1 << place);
+  return MulSub({_mm512_castsi512_ps(above)}, Splat(factor), Splat(factor * 0x1p23f));
+}
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
   // Saturating to 16 and then to 8 bits clamps as the 32-bit clamp would, 0x80000000 to 0 included.
