@@ -30,12 +30,11 @@ struct WholeTile {
     SetPart(words[plane], part, PackBytes(c.r, c.g, c.b, c.a));
   }
 
-  /// The first planes in the order in which planes are shaded, `planes` of them.
-  LANE_FN void ShadeFirst(const PartColor& constant, const VertexColors& colors, int planes) {
+  /// The texels of the first planes in the order in which planes are shaded, `planes` of them.
+  LANE_FN void SampleFirst(int planes) {
     const UnitList list = {kAllUnits.unit, planes * kParts};
     FindCoordinates(surface, weights, list, samples);
     SampleTexture(*surface.texture, surface.triangle->filterMode, list.count, samples);
-    for (int i = 0; i < list.count; ++i) Finish(constant, colors, i);
   }
 
   /// The plane that stands at `place` in that order.
@@ -67,6 +66,8 @@ struct WholeTile {
 template <bool kOpaque, bool kConstant>
 [[gnu::noinline]] int DrawWhole(const Surface& surface, const Barycentrics (&weights)[kPlanes], int ahead, Tile& tile) {
   WholeTile<kOpaque, kConstant> whole(surface, weights, tile);
+  whole.SampleFirst(ahead);
+  // After the calls, over which no spread value stays in a register.
   PartColor constant;
   VertexColors colors;
   if constexpr (kConstant) {
@@ -77,7 +78,7 @@ template <bool kOpaque, bool kConstant>
   const auto color = [&](int place, int part) __attribute__((always_inline)) {  // by the place in the shading's order
     return whole.ColorOfUnit(constant, colors, place * kParts + part);
   };
-  whole.ShadeFirst(constant, colors, ahead);
+  for (int i = 0; i < ahead * kParts; ++i) whole.Finish(constant, colors, i);
   if (StatisticBelow(whole.luminance[0], kRootAll, kShareAll)) {
     for (int part = 0; part < kParts; ++part) {
       const PartColor c = color(0, part);
