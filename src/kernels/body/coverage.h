@@ -35,8 +35,11 @@ LANE_FN Centres TileCentres(const Tile& tile) {
 }
 
 LANE_FN TileCorners CornersOf(const Tile& tile) {
-  return {SplatQuad(static_cast<float>(tile.x0) + 0.5f), SplatQuad(static_cast<float>(tile.x0 + 7) + 0.5f),
-          SplatQuad(static_cast<float>(tile.y0) + 0.5f), SplatQuad(static_cast<float>(tile.y0 + kStepRows - 1) + 0.5f)};
+  const Quad left = SplatQuad(static_cast<float>(tile.x0) + 0.5f),
+             right = SplatQuad(static_cast<float>(tile.x0 + 7) + 0.5f);
+  const Quad top = SplatQuad(static_cast<float>(tile.y0) + 0.5f),
+             bottom = SplatQuad(static_cast<float>(tile.y0 + kStepRows - 1) + 0.5f);
+  return {left, right, top, bottom, CornerColumns(left, right), CornerRows(top, bottom)};
 }
 
 /// Edge values of one part of a plane: edges 0 to 1, 1 to 2, 2 to 0.

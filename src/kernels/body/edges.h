@@ -18,6 +18,7 @@ constexpr float kEdgeBias = 0.00390625f;  // 1/256, in units of the edge functio
 /// The tile's outermost pixel centres.
 struct TileCorners {
   Quad left, right, top, bottom;
+  Quads columns, rows;  // the same for all four corners
 };
 
 enum class Place { kNowhere, kPartly, kEverywhere };
@@ -43,33 +44,28 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
   const Quad dx = Sub(Rotate(x), x), dy = Sub(Rotate(y), y);
   StoreQuad(edges.dx, dx);
   StoreQuad(edges.dy, dy);
-  const float area = MulSub(triangle.x[1] - triangle.x[0], triangle.y[2] - triangle.y[0],
-                            (triangle.y[1] - triangle.y[0]) * (triangle.x[2] - triangle.x[0]));
+  // Of the differences that the area is made of, two are here with the other sign, which changes no rounding.
+  const float area = -MulSub(edges.dx[0], edges.dy[2], edges.dy[0] * edges.dx[2]);
   if (area == 0.0f || !FiniteVertices(triangle, area)) return Place::kNowhere;
   edges.positive = area > 0.0f;
 
   // The inclusive edges of either winding: the mirrored test makes both get the bias of the other's sign.
   const Quad zero = SplatQuad(0.0f), signBit = SplatQuad(-0.0f);
-  const Quad rightward = And(Equal(dy, zero), edges.positive ? Less(zero, dx) : Less(dx, zero));
-  const Quad inclusive = Or(edges.positive ? Less(dy, zero) : Less(zero, dy), rightward);
   const Quad mirror = edges.positive ? zero : signBit;
+  const Quad rightward = And(Equal(dy, zero), Less(zero, Xor(dx, mirror)));
+  const Quad inclusive = Or(Less(Xor(dy, mirror), zero), rightward);
   // +1/256 where inclusive on the mirrored side, else -1/256; then mirrored back.
-  const Quad exclusiveSign = Xor(And(inclusive, signBit), signBit);
-  const Quad bias = Xor(Xor(SplatQuad(kEdgeBias), exclusiveSign), mirror);
+  const Quad bias = Xor(And(inclusive, signBit), Xor(SplatQuad(-kEdgeBias), mirror));
   StoreQuad(edges.bias, bias);
 
-  const Quad productLeft = Mul(dy, Sub(corners.left, x)), productRight = Mul(dy, Sub(corners.right, x));
-  const Quad fromTop = Sub(corners.top, y), fromBottom = Sub(corners.bottom, y);
-  const Quad a = Xor(Add(MulSub(dx, fromTop, productLeft), bias), mirror);
-  const Quad b = Xor(Add(MulSub(dx, fromTop, productRight), bias), mirror);
-  const Quad c = Xor(Add(MulSub(dx, fromBottom, productLeft), bias), mirror);
-  const Quad d = Xor(Add(MulSub(dx, fromBottom, productRight), bias), mirror);
-  if (EdgeBits(And(And(Less(a, zero), Less(b, zero)), And(Less(c, zero), Less(d, zero)))) != 0) return Place::kNowhere;
-  const Quad inside = And(And(LessEqual(zero, a), LessEqual(zero, b)), And(LessEqual(zero, c), LessEqual(zero, d)));
+  const Quads product = Mul(Each(dy), Sub(corners.columns, Each(x)));
+  const Quads value = MulSub(Each(dx), Sub(corners.rows, Each(y)), product);
+  const Quads mirrored = Xor(Add(value, Each(bias)), Each(mirror));
+  if (OneBelowAtAll(mirrored)) return Place::kNowhere;
   StoreQuad(edges.x, x);
   StoreQuad(edges.y, y);
   edges.inverseArea = 1.0f / area;
-  return EdgeBits(inside) == 7 ? Place::kEverywhere : Place::kPartly;
+  return NotBelowAtAny(mirrored) ? Place::kEverywhere : Place::kPartly;
 }
 
 /// Edge `i` at columns `px` and rows `py`. The product with dy is rounded first, then the one with dx takes part.

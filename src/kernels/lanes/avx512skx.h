@@ -160,6 +160,33 @@ LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
   return {_mm512_shuffle_epi8(_mm512_packus_epi16(bg, ra), order)};
 }
 
+// Four quads, one a corner of the tile: upper left, upper right, lower left, lower right.
+struct Quads {
+  __m512 v;
+};
+LANE_FN Quads Each(Quad x) { return {_mm512_broadcast_f32x4(x.v)}; }
+LANE_FN Quads CornerColumns(Quad left, Quad right) {
+  return {_mm512_mask_blend_ps(0xF0F0, _mm512_broadcast_f32x4(left.v), _mm512_broadcast_f32x4(right.v))};
+}
+LANE_FN Quads CornerRows(Quad top, Quad bottom) {
+  return {_mm512_mask_blend_ps(0xFF00, _mm512_broadcast_f32x4(top.v), _mm512_broadcast_f32x4(bottom.v))};
+}
+LANE_FN Quads Add(Quads x, Quads y) { return {_mm512_add_ps(x.v, y.v)}; }
+LANE_FN Quads Sub(Quads x, Quads y) { return {_mm512_sub_ps(x.v, y.v)}; }
+LANE_FN Quads Mul(Quads x, Quads y) { return {_mm512_mul_ps(x.v, y.v)}; }
+LANE_FN Quads Xor(Quads x, Quads y) { return {Xor(Floats{x.v}, Floats{y.v}).v}; }
+LANE_FN Quads MulSub(Quads x, Quads y, Quads z) { return {_mm512_fmsub_ps(x.v, y.v, z.v)}; }
+/// Whether one of the first three elements is less than 0 at all corners.
+LANE_FN bool OneBelowAtAll(Quads x) {
+  unsigned below = _mm512_cmp_ps_mask(x.v, _mm512_setzero_ps(), _CMP_LT_OQ);
+  below &= below >> 8;
+  return (below & below >> 4 & 7) != 0;
+}
+/// Whether the first three elements are 0 or more at all corners.
+LANE_FN bool NotBelowAtAny(Quads x) {
+  return (_mm512_cmp_ps_mask(_mm512_setzero_ps(), x.v, _CMP_LE_OQ) & 0x7777) == 0x7777;
+}
+
 // Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
 constexpr int kGroupsOfPart = 4;
 LANE_FN Floats LoadGroups(const void* base, const std::uint16_t* places) {

@@ -73,6 +73,46 @@ LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm256_permute_ps(x.v, 
 /// Lanes 2, 3, 0, 1 of each group of four.
 LANE_FN FloatsPart SwapGroupHalves(FloatsPart x) { return {_mm256_permute_ps(x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
 
+// Four quads, one a corner of the tile: left and right ones side by side.
+struct Quads {
+  __m256 upper, lower;
+};
+LANE_FN __m256 TwoQuads(Quad x, Quad y) { return _mm256_insertf128_ps(_mm256_castps128_ps256(x.v), y.v, 1); }
+LANE_FN Quads Each(Quad x) {
+  const __m256 both = TwoQuads(x, x);
+  return {both, both};
+}
+LANE_FN Quads CornerColumns(Quad left, Quad right) {
+  const __m256 both = TwoQuads(left, right);
+  return {both, both};
+}
+LANE_FN Quads CornerRows(Quad top, Quad bottom) { return {TwoQuads(top, top), TwoQuads(bottom, bottom)}; }
+LANE_FN Quads Add(Quads x, Quads y) { return {_mm256_add_ps(x.upper, y.upper), _mm256_add_ps(x.lower, y.lower)}; }
+LANE_FN Quads Sub(Quads x, Quads y) { return {_mm256_sub_ps(x.upper, y.upper), _mm256_sub_ps(x.lower, y.lower)}; }
+LANE_FN Quads Mul(Quads x, Quads y) { return {_mm256_mul_ps(x.upper, y.upper), _mm256_mul_ps(x.lower, y.lower)}; }
+LANE_FN Quads Xor(Quads x, Quads y) { return {_mm256_xor_ps(x.upper, y.upper), _mm256_xor_ps(x.lower, y.lower)}; }
+LANE_FN Quads MulSub(Quads x, Quads y, Quads z) {
+#if TLR2_LANES_FUSE
+  return {_mm256_fmsub_ps(x.upper, y.upper, z.upper), _mm256_fmsub_ps(x.lower, y.lower, z.lower)};
+#else
+  return Sub(Mul(x, y), z);
+#endif
+}
+/// Whether one of the first three elements is less than 0 at all corners.
+LANE_FN bool OneBelowAtAll(Quads x) {
+  const __m256 zero = _mm256_setzero_ps();
+  const int both = _mm256_movemask_ps(
+      _mm256_and_ps(_mm256_cmp_ps(x.upper, zero, _CMP_LT_OQ), _mm256_cmp_ps(x.lower, zero, _CMP_LT_OQ)));
+  return (both & both >> 4 & 7) != 0;
+}
+/// Whether the first three elements are 0 or more at all corners.
+LANE_FN bool NotBelowAtAny(Quads x) {
+  const __m256 zero = _mm256_setzero_ps();
+  const int both = _mm256_movemask_ps(
+      _mm256_and_ps(_mm256_cmp_ps(zero, x.upper, _CMP_LE_OQ), _mm256_cmp_ps(zero, x.lower, _CMP_LE_OQ)));
+  return (both & 0x77) == 0x77;
+}
+
 // Groups of four lanes, each at its place in bytes behind `base`, aligned to 16.
 constexpr int kGroupsOfPart = 2;
 LANE_FN FloatsPart LoadGroups(const void* base, const std::uint16_t* places) {

@@ -10,6 +10,7 @@
 
 #define TLR2_LANES_FUSE 0
 #include "kernels/lanes/quad.h"
+#include "kernels/lanes/quads.h"
 
 namespace tlr2 {
 namespace {
