@@ -222,6 +222,29 @@ TEST_P(Coverage, AnAreaThatOverflowsToNoNumberDrawsNothing) {
   }
 }
 
+TEST_P(Coverage, ManySmallTrianglesKeepTheirOwnPixels) {
+  // As many as a tile has pixels, so that no list of triangles that wait for their colours holds them all.
+  for (const std::int32_t mode : {0, 1, 2}) {
+    TilePicture many;
+    many.mode = mode;
+    many.Fill(TilePicture::kBackground);
+    many.FillDepth(1.0f);
+    const auto color = [](std::int32_t pixel) { return 0xFF000000u + 0x030507u * static_cast<std::uint32_t>(pixel); };
+    for (std::int32_t pixel = 0; pixel < 64; ++pixel) {
+      TriangleRecord tri = Cover(0.5f, color(pixel));
+      const float x = static_cast<float>(pixel % 8) + 0.25f, y = static_cast<float>(pixel / 8) + 0.25f;
+      tri.x[0] = tri.x[2] = x;
+      tri.y[0] = tri.y[1] = y;
+      tri.x[1] = x + 0.625f;  // the pixel's centre and no other one
+      tri.y[2] = y + 0.625f;
+      many.Add(tri);
+    }
+    many.Draw(GetParam());
+    for (std::int32_t pixel = 0; pixel < 64; ++pixel)
+      EXPECT_EQ(many.Pixel(pixel % 8, pixel / 8), color(pixel)) << pixel;
+  }
+}
+
 TEST_P(Coverage, TrianglesReachAPixelInListOrder) {
   for (const int mode : {0, 1, 2}) {
     picture.mode = mode;

@@ -113,10 +113,10 @@ LANE_FN void WaitEverywhere(StepDrawing& step, const TriangleRecord& t) {
   WaitingTriangles& waiting = step.waiting;
   Tile& tile = step.tile;
   if (waiting.filling) Fill(step);
-  if (waiting.taken == 0) {
+  if (waiting.FreePlace() >= WaitingTriangles::kMost) MakeRoom(step);
+  if (waiting.taken == 0) {  // as it may be only now: the notes tell of triangles that are drawn
     for (Ints& shows : tile.shows) shows = Splat(kShowsStored);
   }
-  if (waiting.FreePlace() >= WaitingTriangles::kMost) MakeRoom(step);
   const unsigned place = waiting.FreePlace();
   Fragments fragments;
   const Search search = {t, tile, fragments, waiting.weights[place], Splat(static_cast<std::int32_t>(place))};
