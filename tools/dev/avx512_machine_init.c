@@ -17,6 +17,7 @@
 #include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 /* The state as XSAVE lays it out: a register's quarters lie apart but for the upper sixteen's. */
@@ -143,7 +144,8 @@ int main(void) {
     if (run(line) != 0) failed = 1;
   }
   printf("machine: %s\n", failed ? "FAILED" : "passed");
-  usleep(1000); /* for the serial line to be read out */
+  tcdrain(STDOUT_FILENO);
+  usleep(20000); /* for the last characters that the serial line holds itself */
   iopl(3);
   for (const char* c = "Shutdown"; *c != '\0'; ++c) outb((unsigned char)*c, 0x8900); /* the emulator's own port */
   for (;;) pause();
