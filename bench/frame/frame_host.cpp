@@ -3,7 +3,7 @@
 // usage: frame_host tlr2|osmesa LIBRARY [PICTURE.ppm]     frame_host --list
 // Lines that it reads, and its answers:
 //   open SCENE WIDTH HEIGHT    "ok"
-//   turn FRAME COUNT PAUSE     "times" and for each of COUNT frames its wall, processor and presenting milliseconds.
+//   turn FRAME COUNT PAUSE     "times" and for each of COUNT frames its milliseconds: wall, processor, chain, present.
 //                              Frame number FRAME of the scene is drawn COUNT times, after one that nobody times: it
 //                              finds the caches as the other library left them. PAUSE milliseconds lie behind each.
 //   close                      "ok"; writes the picture when one was asked for
@@ -64,12 +64,15 @@ std::string Turn(std::istringstream& words, OpenScene* open) {
   std::ostringstream answer;
   answer << "times";
   for (int i = -1; i < count; ++i) {
-    const double begin = bench::Milliseconds(), processorBegin = bench::ProcessorMilliseconds();
+    bench::FrameTimes times = {};
+    bench::StartWork();
+    const double begin = bench::Milliseconds();
     open->scene.draw(open->stage, frame);
     bench::EndFrame();
-    const double wall = bench::Milliseconds() - begin, processor = bench::ProcessorMilliseconds() - processorBegin;
-    const double present = bench::PresentMilliseconds();
-    if (i >= 0) answer << ' ' << wall << ' ' << processor << ' ' << present;
+    times.wall = bench::Milliseconds() - begin;
+    bench::WorkSinceStart(times);
+    times.present = bench::PresentMilliseconds();
+    if (i >= 0) answer << ' ' << times.wall << ' ' << times.processor << ' ' << times.chain << ' ' << times.present;
     if (pause > 0) std::this_thread::sleep_for(std::chrono::milliseconds(pause));
   }
   return answer.str();

@@ -13,11 +13,15 @@ namespace bench {
 struct FrameTimes {
   double wall;       // from the first call to the end of the swap
   double processor;  // of all threads of the process, as far as the system tells
+  double chain;      // the same, but of the workers only the one that worked longest: a frame's time if each thread had
+                     // a processor of its own, for what a frame does comes one after another but for the workers
   double present;    // what showing the finished picture took: part of `wall`
 };
 
 double Milliseconds();
-double ProcessorMilliseconds();
+/// Starts to count the process's work, and sets `processor` and `chain` to what was done since.
+void StartWork();
+void WorkSinceStart(FrameTimes& times);
 
 /// Loads it, or ends the process with a message. Kinds: "tlr2", and where there is one "osmesa".
 bool OpenLibrary(const char* kind, const char* path);

@@ -2,10 +2,14 @@
 #include <dlfcn.h>
 #include <time.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
 
 #include "library.h"
 
@@ -36,6 +40,31 @@ struct Library {
 };
 Library library;
 
+struct {
+  double processor = 0;
+  std::vector<double> threads;
+} work;
+
+double ProcessorMilliseconds() {
+  timespec now{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
+}
+
+/// Of each thread, in the order in which they were started.
+std::vector<double> ThreadMilliseconds() {
+  std::map<int, double> byNumber;
+  std::error_code error;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
+    double nanoseconds = 0;
+    std::ifstream(task.path() / "schedstat") >> nanoseconds;
+    byNumber[std::atoi(task.path().filename().c_str())] = nanoseconds * 1e-6;
+  }
+  std::vector<double> times;
+  for (const auto& [number, time] : byNumber) times.push_back(time);
+  return times;
+}
+
 template <typename Function>
 void Find(Function& function, const char* name) {
   void* symbol = dlsym(library.handle, name);
@@ -52,10 +81,25 @@ double Milliseconds() {
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-double ProcessorMilliseconds() {
-  timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) * 1e-6;
+void StartWork() {
+  work.threads = ThreadMilliseconds();
+  work.processor = ProcessorMilliseconds();  // last, so that reading the threads' times does not count
+}
+
+/// The driver's workers are the threads that it starts first, right after the process's own.
+void WorkSinceStart(FrameTimes& times) {
+  times.processor = times.chain = ProcessorMilliseconds() - work.processor;
+  const char* const setting = std::getenv("TLR2_THREADS");
+  const std::size_t workers = library.ours && setting != nullptr ? static_cast<std::size_t>(std::atoi(setting)) : 1;
+  const std::vector<double> now = ThreadMilliseconds();
+  if (workers < 2 || now.size() != work.threads.size() || now.size() <= workers) return;
+  double sum = 0, longest = 0;
+  for (std::size_t i = 1; i <= workers; ++i) {
+    const double own = now[i] - work.threads[i];
+    sum += own;
+    longest = std::max(longest, own);
+  }
+  times.chain -= sum - longest;
 }
 
 bool OpenLibrary(const char* kind, const char* path) {

@@ -84,18 +84,24 @@ void WatchPresents() {
   device->Release();
 }
 
-}  // namespace
-
-double Milliseconds() {
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
 double ProcessorMilliseconds() {
   FILETIME created, ended, kernel, user;
   GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user);
   const auto ticks = [](const FILETIME& t) { return static_cast<double>(t.dwHighDateTime) * 0x1p32 + t.dwLowDateTime; };
   return (ticks(kernel) + ticks(user)) * 1e-4;
 }
+
+double workStart = 0;
+
+}  // namespace
+
+double Milliseconds() {
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void StartWork() { workStart = ProcessorMilliseconds(); }
+
+void WorkSinceStart(FrameTimes& times) { times.processor = times.chain = ProcessorMilliseconds() - workStart; }
 
 bool OpenLibrary(const char* kind, const char* path) {
   if (std::strcmp(kind, "tlr2") != 0) return false;

@@ -15,6 +15,7 @@ LEAST_PASSES, LEAST_TURNS = 3, 3  # turns of a pass
 PASS_SECONDS = 0.6                # of one scene
 TURN_MS, MOST_FRAMES = 20, 20     # short frames: so many more a turn
 PAUSE_SECONDS = 0.006             # before each turn: the side before has stopped to spin for work by then
+MEASURES = ("wall", "processor", "chain")
 # Scenes whose frames differ: the turns go round these, and each counts as much as the others.
 FRAMES_OF = {"game": (10, 45, 80)}
 
@@ -40,9 +41,9 @@ class Side:
         return [float(word) for word in answer[1:]]
 
     def frames(self, frame, count, behind):
-        """Wall, processor and presenting milliseconds of each of `count` frames."""
+        """The milliseconds of each of `count` frames, by MEASURES, and those of showing it."""
         numbers = self.ask(f"turn {frame} {count} {behind}")
-        return list(zip(numbers[0::3], numbers[1::3], numbers[2::3]))
+        return list(zip(numbers[0::4], numbers[1::4], numbers[2::4], numbers[3::4]))
 
     def close(self):
         self.process.stdin.close()
@@ -95,10 +96,9 @@ def run_pass(sides, scene, *, statistic, measure, frames, behind):
         for side in sides if turn // len(numbers) % 2 == 0 else reversed(sides):
             time.sleep(PAUSE_SECONDS)
             drawn = side.frames(number, frames, behind)
-            times = [(wall if measure == "wall" else processor) - (present if side.apart else 0)
-                     for wall, processor, present in drawn]
+            times = [one[MEASURES.index(measure)] - (one[-1] if side.apart else 0) for one in drawn]
             side.passes[scene][-1][number].append(figure(times, statistic))
-            side.presents.setdefault(scene, []).extend(present for _, _, present in drawn)
+            side.presents.setdefault(scene, []).extend(one[-1] for one in drawn)
         turn += 1
     for side in sides:
         side.ask("close")
