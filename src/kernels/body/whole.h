@@ -78,7 +78,14 @@ template <bool kOpaque, bool kConstant>
   const auto color = [&](int place, int part) __attribute__((always_inline)) {  // by the place in the shading's order
     return whole.ColorOfUnit(constant, colors, place * kParts + part);
   };
-  for (int i = 0; i < ahead * kParts; ++i) whole.Finish(constant, colors, i);
+  if constexpr (kParts == 1) {  // few enough to be written out, with their places known
+    whole.Finish(constant, colors, 0);
+    whole.Finish(constant, colors, 1);
+    if (ahead > 2) whole.Finish(constant, colors, 2);
+    if (ahead > 3) whole.Finish(constant, colors, 3);
+  } else {
+    for (int i = 0; i < ahead * kParts; ++i) whole.Finish(constant, colors, i);
+  }
   if (StatisticBelow(whole.luminance[0], kRootAll, kShareAll)) {
     for (int part = 0; part < kParts; ++part) {
       const PartColor c = color(0, part);
