@@ -36,7 +36,7 @@ LANE_FN void TakeOpaque(StepDrawing& step, const TriangleRecord& t, Place at, co
 }
 
 /// A triangle that blends or is alpha-tested, in its turn.
-[[gnu::noinline]] void TakeOther(StepDrawing& step, const TriangleRecord& t, Place at, const Edges& edges) {
+LANE_FN void TakeOther(StepDrawing& step, const TriangleRecord& t, Place at, const Edges& edges) {
   Tile& tile = step.tile;
   if (step.waiting.filling) Fill(step);
   const DepthStep depth = DepthStepOf(t);

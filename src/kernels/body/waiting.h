@@ -7,7 +7,7 @@ namespace {
 /// Triangles whose depth is written, or known, and whose colours are not. The tile notes which of them each pixel
 /// shows.
 struct WaitingTriangles {
-  static constexpr unsigned kMost = 8;
+  static constexpr unsigned kMost = 32;
 
   const TriangleRecord* triangle[kMost];
   Barycentrics weights[kMost][kPlanes];
@@ -20,7 +20,7 @@ struct WaitingTriangles {
   LANE_FN WaitingTriangles() {}  // leaves what no triangle has set as it is
 
   /// A place to put the next one at; kMost where there is none.
-  LANE_FN unsigned FreePlace() const { return static_cast<unsigned>(__builtin_ctz(~taken)); }
+  LANE_FN unsigned FreePlace() const { return taken == ~0u ? kMost : static_cast<unsigned>(__builtin_ctz(~taken)); }
 
   LANE_FN void Add(const TriangleRecord& t, unsigned place, bool alone) {
     if (alone) taken = 0;
