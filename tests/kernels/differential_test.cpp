@@ -1,7 +1,7 @@
 // Every kernel that this processor can run against the scalar form, over random calls, all bytes of both buffers.
 //
-// TLR2_KERNEL_TILES sets the number of calls a target, TLR2_KERNEL_SEED the first seed: with 1 and the seed that a
-// failure printed, that one call is made again.
+// TLR2_KERNEL_TILES and TLR2_KERNEL_PILES set the numbers of calls a target, TLR2_KERNEL_SEED the first seed: with 1
+// and the seed that a failure printed, that one call is made again.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -76,17 +76,14 @@ std::string Compare(const RandomTile& tile, const Outcome& expected, const Outco
 
 class Differential : public testing::TestWithParam<KernelUnderTest> {};
 
-TEST_P(Differential, EqualsTheScalarFormInEveryByte) {
-  const KernelUnderTest& kernel = GetParam();
-  if (!kernel.supported()) GTEST_SKIP() << "SKIPPED " << kernel.name;
+void CompareRandomCalls(const KernelUnderTest& kernel, void (*make)(std::uint64_t, RandomTile&), std::uint64_t count) {
   const std::uint64_t first = FromEnvironment("TLR2_KERNEL_SEED", 1);
-  const std::uint64_t count = FromEnvironment("TLR2_KERNEL_TILES", 110000);
   RandomTile tile;
   Outcome expected;
   Outcome actual;
   std::uint64_t failures = 0;
   for (std::uint64_t seed = first; seed < first + count; ++seed) {
-    MakeRandomTile(seed, tile);
+    make(seed, tile);
     Call(tile, kernel.scalar, expected);
     Call(tile, kernel.run, actual);
     const std::string difference = Compare(tile, expected, actual);
@@ -95,6 +92,16 @@ TEST_P(Differential, EqualsTheScalarFormInEveryByte) {
     if (++failures == 3) FAIL() << "stopped after three different calls";
   }
   EXPECT_GE(count, 1u);
+}
+
+TEST_P(Differential, EqualsTheScalarFormInEveryByte) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  CompareRandomCalls(GetParam(), MakeRandomTile, FromEnvironment("TLR2_KERNEL_TILES", 110000));
+}
+
+TEST_P(Differential, EqualsTheScalarFormWhereTrianglesHideEachOther) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  CompareRandomCalls(GetParam(), MakeRandomPile, FromEnvironment("TLR2_KERNEL_PILES", 12000));
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, Differential, testing::ValuesIn(RealKernels().begin(), RealKernels().end()),

@@ -37,4 +37,7 @@ inline constexpr std::size_t kGuardWords = 64;
 
 void MakeRandomTile(std::uint64_t seed, RandomTile& tile);
 
+/// A call of up to 119 triangles, most of which others hide.
+void MakeRandomPile(std::uint64_t seed, RandomTile& tile);
+
 }  // namespace tlr2::judge

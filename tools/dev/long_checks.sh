@@ -12,7 +12,7 @@ workers=$(($(nproc) + 1))
 for mix in constant mixed; do
   TLR2_RJQ_IDLE_SPIN_US=0 build/native/tests/stress/stress_queue --jobs 10000000 --workers "$workers" --mix "$mix"
 done
-TLR2_KERNEL_TILES=1000000 build/native/tests/kernels/test_kernels --gtest_filter='*Differential*' --gtest_brief=1
+TLR2_KERNEL_TILES=1000000 TLR2_KERNEL_PILES=150000 build/native/tests/kernels/test_kernels --gtest_filter='*Differential*' --gtest_brief=1
 build/native/bench/bench_entry_budget --check
 cmake --preset native32 -DTLR2_BENCH=ON >/dev/null
 cmake --build build/native32 -j "$(nproc)" --target bench_entry_budget >/dev/null

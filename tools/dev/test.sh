@@ -138,7 +138,7 @@ for stage in "${stages[@]}"; do
       ;;
     asan-full)
       export ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1
-      TLR2_KERNEL_TILES=10000 suite asan -E 'queue_model|stress_queue_crowded'
+      TLR2_KERNEL_TILES=10000 TLR2_KERNEL_PILES=1200 suite asan -E 'queue_model|stress_queue_crowded'
       ;;
     tsan)
       export TSAN_OPTIONS=halt_on_error=1
