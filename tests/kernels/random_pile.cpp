@@ -11,6 +11,7 @@ namespace {
 /// What the triangles of a pile have in common.
 struct Pile {
   std::uint32_t whole;    // of 8 triangles, how many hold the tile
+  bool fine;              // whether the others hold a pixel each, so that many show at once
   float depth, step;      // of the next layer, and how far apart layers lie
   float slope;            // of depth, a pixel
   std::uint32_t special;  // one in so many blends or is alpha-tested, 0 for none
@@ -37,6 +38,18 @@ void PlaceInside(RandomSource& random, const RandomTile& tile, TriangleRecord& t
   for (int i = 0; i < 3; ++i) {
     tri.x[i] = x + random.Float(-size, size);
     tri.y[i] = y + random.Float(-size, size);
+  }
+}
+
+/// About a pixel centre of its own.
+void PlaceOnPixel(RandomSource& random, const RandomTile& tile, std::uint32_t number, TriangleRecord& tri) {
+  const std::uint32_t pixel = number * 27 % 64;
+  const float x = static_cast<float>(tile.x0) + 0.5f + static_cast<float>(pixel % 8);
+  const float y = static_cast<float>(tile.y0) + 0.5f + static_cast<float>(pixel / 8);
+  const float turn = random.Float(0.0f, 6.28f), size = random.Float(0.4f, 1.2f);
+  for (int i = 0; i < 3; ++i) {
+    tri.x[i] = x + size * std::cos(turn + 2.0944f * static_cast<float>(i));
+    tri.y[i] = y + size * std::sin(turn + 2.0944f * static_cast<float>(i));
   }
 }
 
@@ -75,6 +88,7 @@ void MakeRandomPile(std::uint64_t seed, RandomTile& tile) {
   const std::uint32_t count = random.OneIn(2) ? 2 + random.Below(10) : 20 + random.Below(100);
   Pile pile;
   pile.whole = random.Pick({0u, 1u, 4u, 7u, 8u});
+  pile.fine = random.OneIn(3);
   pile.depth = random.Float(0.3f, 0.9f);
   pile.step = random.Pick({-1e-7f, -1e-6f, -1e-5f, -1e-4f, -1e-3f, -1e-2f, 1e-5f, 1e-3f, 0.0f});
   pile.slope = random.Pick({0.0f, 1e-7f, 1e-5f, 1e-4f, 1e-3f});
@@ -87,6 +101,8 @@ void MakeRandomPile(std::uint64_t seed, RandomTile& tile) {
     TriangleRecord tri{};
     if (random.Below(8) < pile.whole) {
       PlaceAround(random, tile, tri);
+    } else if (pile.fine) {
+      PlaceOnPixel(random, tile, n, tri);
     } else {
       PlaceInside(random, tile, tri);
     }

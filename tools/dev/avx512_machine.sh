@@ -3,25 +3,27 @@
 # boots Debian's kernel with test programs for its only processes. First the tests of the avx512skx kernel, its random
 # calls among them, then how many instructions each target executes a micro tile and layer of the benchmark's scenes.
 #
-# usage: avx512_machine.sh [--tiles N] [--no-tests | --no-counts] [TARGET or SCENE...]
+# usage: avx512_machine.sh [--32] [--tiles N] [--no-tests | --no-counts] [TARGET or SCENE...]
 #
-# N random calls (20000 by default); counts of all targets and scenes by default. The emulator executes some 30 million
-# instructions a second. Build, kernel and output lie in build/avx512-machine/.
+# 32-bit programs with --32; N random calls (20000 by default); counts of all targets and scenes by default. The
+# emulator executes some 30 million instructions a second. Build, kernel and output lie in build/avx512-machine/.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 root=$PWD
 fail() { echo "avx512_machine: $*" >&2; exit 2; }
 
+preset=native
 tiles=20000
 tests=1
 counts=1
 names=()
 while [ $# -gt 0 ]; do
   case "$1" in
+    --32) preset=native32 ;;
     --tiles) tiles=${2:-}; shift; [[ $tiles =~ ^[1-9][0-9]*$ ]] || fail "--tiles needs a number" ;;
     --no-tests) tests=0 ;;
     --no-counts) counts=0 ;;
-    -*) sed -n '2,10s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
+    -*) sed -n '2,9s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
     *) names+=("$1") ;;
   esac
   shift
@@ -35,7 +37,7 @@ done
 [ ${#missing[@]} -eq 0 ] || fail "needs: apt-get install --no-install-recommends ${missing[*]}"
 
 work=$root/build/avx512-machine
-mkdir -p "$work/programs" "$work/kernel" "$work/root/dev" "$work/root/proc" "$work/root/tmp" "$work/disc/isolinux"
+mkdir -p "$work/kernel" "$work/root/dev" "$work/root/proc" "$work/root/tmp" "$work/disc/isolinux"
 
 # The kernel is taken out of its package, not installed. The one for virtual machines unpacks itself ten times as fast.
 if ! compgen -G "$work/kernel/boot/vmlinuz-*" >/dev/null; then
@@ -49,19 +51,20 @@ fi
 launcher=()
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 command -v ccache >/dev/null && launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-if ! { cmake --preset native -B "$work/programs" "${launcher[@]}" -DCMAKE_EXE_LINKER_FLAGS=-static &&
-       cmake --build "$work/programs" -j "$(nproc)" --target test_kernels bench_instruction_count &&
+if ! { cmake --preset "$preset" -B "$work/$preset" "${launcher[@]}" -DTLR2_BENCH=ON \
+         -DCMAKE_EXE_LINKER_FLAGS=-static &&
+       cmake --build "$work/$preset" -j "$(nproc)" --target test_kernels bench_instruction_count &&
        gcc -O1 -Wall -Werror -static tools/dev/avx512_machine_init.c -o "$work/root/init"; } >"$work/build.log" 2>&1
 then
   tail -n 30 "$work/build.log"
   exit 1
 fi
-strip -o "$work/root/test_kernels" "$work/programs/tests/kernels/test_kernels"
-strip -o "$work/root/instruction_count" "$work/programs/bench/bench_instruction_count"
+strip -o "$work/root/test_kernels" "$work/$preset/tests/kernels/test_kernels"
+strip -o "$work/root/instruction_count" "$work/$preset/bench/bench_instruction_count"
 
 {
   [ "$tests" -eq 0 ] ||
-    echo "TLR2_KERNEL_TILES=$tiles /test_kernels --gtest_filter=*/avx512skx:TargetChoice.* --gtest_brief=1"
+    echo "TLR2_KERNEL_TILES=$tiles /test_kernels --gtest_filter=*/avx512skx:TargetChoice.* --gtest_brief=1 --gtest_color=no"
   [ "$counts" -eq 0 ] || echo "/instruction_count ${names[*]}"
 } >"$work/root/jobs"
 (cd "$work/root" && find . | cpio --quiet -o -H newc) >"$work/disc/isolinux/initrd"
