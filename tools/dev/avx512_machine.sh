@@ -5,8 +5,9 @@
 #
 # usage: avx512_machine.sh [--32] [--tiles N] [--no-tests | --no-counts] [TARGET or SCENE...]
 #
-# 32-bit programs with --32; N random calls (20000 by default); counts of all targets and scenes by default. The
-# emulator executes some 30 million instructions a second. Build, kernel and output lie in build/avx512-machine/.
+# 32-bit programs with --32; N random calls (20000 by default) and N/8 random piles; counts of all targets and scenes by
+# default. The emulator executes some 30 million instructions a second. Build, kernel and output lie in
+# build/avx512-machine/.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 root=$PWD
@@ -23,7 +24,7 @@ while [ $# -gt 0 ]; do
     --tiles) tiles=${2:-}; shift; [[ $tiles =~ ^[1-9][0-9]*$ ]] || fail "--tiles needs a number" ;;
     --no-tests) tests=0 ;;
     --no-counts) counts=0 ;;
-    -*) sed -n '2,9s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
+    -*) sed -n '2,10s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
     *) names+=("$1") ;;
   esac
   shift
@@ -64,7 +65,8 @@ strip -o "$work/root/instruction_count" "$work/$preset/bench/bench_instruction_c
 
 {
   [ "$tests" -eq 0 ] ||
-    echo "TLR2_KERNEL_TILES=$tiles /test_kernels --gtest_filter=*/avx512skx:TargetChoice.* --gtest_brief=1 --gtest_color=no"
+    echo "TLR2_KERNEL_TILES=$tiles TLR2_KERNEL_PILES=$((tiles / 8 + 1)) /test_kernels" \
+      "--gtest_filter=*/avx512skx:TargetChoice.* --gtest_brief=1 --gtest_color=no"
   [ "$counts" -eq 0 ] || echo "/instruction_count ${names[*]}"
 } >"$work/root/jobs"
 (cd "$work/root" && find . | cpio --quiet -o -H newc) >"$work/disc/isolinux/initrd"
