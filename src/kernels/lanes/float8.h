@@ -43,7 +43,16 @@ LANE_FN MaskPart Or(MaskPart x, MaskPart y) { return {_mm256_or_ps(x.v, y.v)}; }
 LANE_FN unsigned LiveBits(MaskPart m) { return static_cast<unsigned>(_mm256_movemask_ps(m.v)); }
 LANE_FN bool Any(MaskPart m) { return _mm256_movemask_ps(m.v) != 0; }
 LANE_FN bool All(MaskPart m) { return _mm256_movemask_ps(m.v) == 255; }
-LANE_FN FloatsPart Select(MaskPart m, FloatsPart x, FloatsPart y) { return {_mm256_blendv_ps(y.v, x.v, m.v)}; }
+LANE_FN FloatsPart Select(MaskPart m, FloatsPart x, FloatsPart y) {
+#if defined(__GNUC__) && !defined(__clang__) && !defined(__AVX2__)
+  // GCC turns the intrinsic into a comparison of integers, which without 256-bit integers it takes lane by lane.
+  __m256 selected;
+  __asm__("vblendvps %3, %2, %1, %0" : "=x"(selected) : "x"(y.v), "xm"(x.v), "x"(m.v));
+  return {selected};
+#else
+  return {_mm256_blendv_ps(y.v, x.v, m.v)};
+#endif
+}
 
 // Across lanes.
 /// Pairwise tree over adjacent lanes of two parts.
