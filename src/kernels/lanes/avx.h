@@ -1,5 +1,5 @@
-// Lanes of the avx target: sixteen; floats in two 256-bit registers, integers in four of 128 bits. Products are rounded
-// before they are added.
+// Lanes of the avx target: sixteen, in two 256-bit registers, whose integers are worked on in halves. Products are
+// rounded before they are added.
 #pragma once
 
 #include <immintrin.h>
@@ -19,61 +19,61 @@ namespace {
 constexpr int kLanes = 16;
 constexpr bool kPartsShareColumns = true;  // the second part lies four rows below the first
 
-// A part's integers: the lanes of one float register.
+// A part's integers: as wide as its floats, which is how they are stored and chosen; arithmetic is on the halves.
 struct IntsPart {
-  __m128i a, b;
+  __m256i v;
 };
 
-LANE_FN __m256 Join(__m128i low, __m128i high) {
-  return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_castsi128_ps(low)), _mm_castsi128_ps(high), 1);
+LANE_FN __m128i Low(IntsPart x) { return _mm256_castsi256_si128(x.v); }
+LANE_FN __m128i High(IntsPart x) { return _mm256_extractf128_si256(x.v, 1); }
+LANE_FN IntsPart Join(__m128i low, __m128i high) {
+  return {_mm256_insertf128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
-LANE_FN __m128i Low(__m256 x) { return _mm_castps_si128(_mm256_castps256_ps128(x)); }
-LANE_FN __m128i High(__m256 x) { return _mm_castps_si128(_mm256_extractf128_ps(x, 1)); }
 
 // Values.
-LANE_FN IntsPart Splat(std::int32_t v) {
-  const __m128i r = _mm_set1_epi32(v);
-  return {r, r};
-}
+LANE_FN IntsPart Splat(std::int32_t v) { return {_mm256_set1_epi32(v)}; }
 
 // Float arithmetic.
 LANE_FN FloatsPart MulAdd(FloatsPart x, FloatsPart y, FloatsPart z) { return Add(Mul(x, y), z); }
 LANE_FN FloatsPart MulSub(FloatsPart x, FloatsPart y, FloatsPart z) { return Sub(Mul(x, y), z); }
 LANE_FN float MulSub(float x, float y, float z) { return x * y - z; }
-LANE_FN IntsPart Bits(FloatsPart x) { return {Low(x.v), High(x.v)}; }
-LANE_FN FloatsPart FromBits(IntsPart x) { return {Join(x.a, x.b)}; }
+LANE_FN IntsPart Bits(FloatsPart x) { return {_mm256_castps_si256(x.v)}; }
+LANE_FN FloatsPart FromBits(IntsPart x) { return {_mm256_castsi256_ps(x.v)}; }
 /// Toward zero; NaN and what does not fit give 0x80000000.
-LANE_FN IntsPart Truncate(FloatsPart x) {
-  const FloatsPart bits = {_mm256_castsi256_ps(_mm256_cvttps_epi32(x.v))};
-  return Bits(bits);
-}
-LANE_FN FloatsPart ToFloats(IntsPart x) {
-  const FloatsPart bits = FromBits(x);
-  return {_mm256_cvtepi32_ps(_mm256_castps_si256(bits.v))};
-}
+LANE_FN IntsPart Truncate(FloatsPart x) { return {_mm256_cvttps_epi32(x.v)}; }
+LANE_FN FloatsPart ToFloats(IntsPart x) { return {_mm256_cvtepi32_ps(x.v)}; }
 
 // Integer arithmetic, in 32 bits, wrapping.
-LANE_FN IntsPart Add(IntsPart x, IntsPart y) { return {_mm_add_epi32(x.a, y.a), _mm_add_epi32(x.b, y.b)}; }
-LANE_FN IntsPart Sub(IntsPart x, IntsPart y) { return {_mm_sub_epi32(x.a, y.a), _mm_sub_epi32(x.b, y.b)}; }
-LANE_FN IntsPart Mul(IntsPart x, IntsPart y) { return {_mm_mullo_epi32(x.a, y.a), _mm_mullo_epi32(x.b, y.b)}; }
-LANE_FN IntsPart And(IntsPart x, IntsPart y) { return {_mm_and_si128(x.a, y.a), _mm_and_si128(x.b, y.b)}; }
-LANE_FN IntsPart Min(IntsPart x, IntsPart y) { return {_mm_min_epi32(x.a, y.a), _mm_min_epi32(x.b, y.b)}; }
-LANE_FN IntsPart Max(IntsPart x, IntsPart y) { return {_mm_max_epi32(x.a, y.a), _mm_max_epi32(x.b, y.b)}; }
+#define TLR2_HALVES(name, intrinsic) \
+  LANE_FN IntsPart name(IntsPart x, IntsPart y) { return Join(intrinsic(Low(x), Low(y)), intrinsic(High(x), High(y))); }
+TLR2_HALVES(Add, _mm_add_epi32)
+TLR2_HALVES(Sub, _mm_sub_epi32)
+TLR2_HALVES(Mul, _mm_mullo_epi32)
+TLR2_HALVES(Min, _mm_min_epi32)
+TLR2_HALVES(Max, _mm_max_epi32)
+#undef TLR2_HALVES
+LANE_FN IntsPart And(IntsPart x, IntsPart y) {
+  return {_mm256_castps_si256(_mm256_and_ps(_mm256_castsi256_ps(x.v), _mm256_castsi256_ps(y.v)))};
+}
 template <int N>
 LANE_FN IntsPart ShiftLeft(IntsPart x) {
-  return {_mm_slli_epi32(x.a, N), _mm_slli_epi32(x.b, N)};
+  return Join(_mm_slli_epi32(Low(x), N), _mm_slli_epi32(High(x), N));
 }
 template <int N>
 LANE_FN IntsPart ShiftRight(IntsPart x) {
-  return {_mm_srli_epi32(x.a, N), _mm_srli_epi32(x.b, N)};
+  return Join(_mm_srli_epi32(Low(x), N), _mm_srli_epi32(High(x), N));
 }
-LANE_FN MaskPart Less(IntsPart x, IntsPart y) { return {Join(_mm_cmplt_epi32(x.a, y.a), _mm_cmplt_epi32(x.b, y.b))}; }
-LANE_FN MaskPart Equal(IntsPart x, IntsPart y) { return {Join(_mm_cmpeq_epi32(x.a, y.a), _mm_cmpeq_epi32(x.b, y.b))}; }
+LANE_FN MaskPart Less(IntsPart x, IntsPart y) {
+  return {FromBits(Join(_mm_cmplt_epi32(Low(x), Low(y)), _mm_cmplt_epi32(High(x), High(y)))).v};
+}
+LANE_FN MaskPart Equal(IntsPart x, IntsPart y) {
+  return {FromBits(Join(_mm_cmpeq_epi32(Low(x), Low(y)), _mm_cmpeq_epi32(High(x), High(y)))).v};
+}
 
 // Across floats and integers.
 LANE_FN IntsPart Select(MaskPart m, IntsPart x, IntsPart y) { return Bits(Select(m, FromBits(x), FromBits(y))); }
 
-LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(x.a); }
+LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(Low(x)); }
 
 // Colours.
 LANE_FN __m128i PackQuarter(__m128i blue, __m128i green, __m128i red, __m128i alpha) {
@@ -84,7 +84,7 @@ LANE_FN __m128i PackQuarter(__m128i blue, __m128i green, __m128i red, __m128i al
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, FloatsPart alpha) {
   const IntsPart r = Truncate(red), g = Truncate(green), b = Truncate(blue), a = Truncate(alpha);
-  return {PackQuarter(b.a, g.a, r.a, a.a), PackQuarter(b.b, g.b, r.b, a.b)};
+  return Join(PackQuarter(Low(b), Low(g), Low(r), Low(a)), PackQuarter(High(b), High(g), High(r), High(a)));
 }
 
 // Memory.
@@ -95,52 +95,50 @@ LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
 }
 /// Lanes where they lie in memory: an offset loaded from there costs less than one taken out of a register.
 LANE_FN const std::int32_t* WordsOf(const IntsPart& x) { return reinterpret_cast<const std::int32_t*>(&x); }
-LANE_FN void Spill(std::int32_t* to, IntsPart x) {
-  _mm_store_si128(reinterpret_cast<__m128i*>(to), x.a);
-  _mm_store_si128(reinterpret_cast<__m128i*>(to + 4), x.b);
-}
+LANE_FN void Spill(std::int32_t* to, IntsPart x) { _mm256_store_si256(reinterpret_cast<__m256i*>(to), x.v); }
 LANE_FN __m128i GatherQuarter(const void* base, const std::int32_t* o) {
   return _mm_setr_epi32(WordAt(base, o[0]), WordAt(base, o[1]), WordAt(base, o[2]), WordAt(base, o[3]));
 }
 /// Words at byte offsets, all lanes.
 LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
-  alignas(16) std::int32_t o[8];
+  alignas(32) std::int32_t o[8];
   Spill(o, byteOffsets);
-  return {GatherQuarter(base, o), GatherQuarter(base, o + 4)};
+  return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
 }
-LANE_FN void GatherPairsQuarter(const void* base, const std::int32_t* o, __m128i& first, __m128i& second) {
-  const char* bytes = static_cast<const char*>(base);
-  const __m128 p = _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + o[0]))),
-                                reinterpret_cast<const __m64*>(bytes + o[1]));
-  const __m128 q = _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + o[2]))),
-                                reinterpret_cast<const __m64*>(bytes + o[3]));
-  first = _mm_castps_si128(_mm_shuffle_ps(p, q, 0x88));
-  second = _mm_castps_si128(_mm_shuffle_ps(p, q, 0xDD));
+/// Two lanes' words and the words right behind them.
+LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
+  return _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + first))),
+                      reinterpret_cast<const __m64*>(base + second));
 }
 LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
   const std::int32_t* o = WordsOf(byteOffsets);
-  return {GatherQuarter(base, o), GatherQuarter(base, o + 4)};
+  return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
 }
 /// The words at byte offsets and the words right behind them.
 LANE_FN void GatherPairs(const void* base, const IntsPart& byteOffsets, IntsPart& first, IntsPart& second) {
   const std::int32_t* o = WordsOf(byteOffsets);
-  GatherPairsQuarter(base, o, first.a, second.a);
-  GatherPairsQuarter(base, o + 4, first.b, second.b);
+  const char* bytes = static_cast<const char*>(base);
+  // Lanes 0, 1, 4, 5 and lanes 2, 3, 6, 7: the shuffle then finds each lane's pair in the right 128 bits.
+  const __m256 low =
+      _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(bytes, o[0], o[1])), TwoPairs(bytes, o[4], o[5]), 1);
+  const __m256 high =
+      _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(bytes, o[2], o[3])), TwoPairs(bytes, o[6], o[7]), 1);
+  first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
+  second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN IntsPart GatherLive(const void* base, IntsPart byteOffsets, MaskPart live) {
-  alignas(16) std::int32_t o[8], words[8] = {};
+  alignas(32) std::int32_t o[8], words[8] = {};
   Spill(o, byteOffsets);
   for (unsigned bits = LiveBits(live); bits != 0; bits &= bits - 1) {
     const int lane = __builtin_ctz(bits);
     words[lane] = WordAt(base, o[lane]);
   }
-  const __m128i* w = reinterpret_cast<const __m128i*>(words);
-  return {_mm_load_si128(w), _mm_load_si128(w + 1)};
+  return {_mm256_load_si256(reinterpret_cast<const __m256i*>(words))};
 }
 /// Writes the words of the live lanes.
 LANE_FN void ScatterLive(void* base, IntsPart byteOffsets, IntsPart words, MaskPart live) {
-  alignas(16) std::int32_t o[8], w[8];
+  alignas(32) std::int32_t o[8], w[8];
   Spill(o, byteOffsets);
   Spill(w, words);
   for (unsigned bits = LiveBits(live); bits != 0; bits &= bits - 1) {
@@ -158,10 +156,9 @@ LANE_FN void ScatterLive(void* base, IntsPart byteOffsets, IntsPart words, MaskP
 namespace tlr2 {
 namespace {
 
-LANE_FN Ints LaneColumns() { return IntsPart{_mm_setr_epi32(0, 2, 0, 2), _mm_setr_epi32(4, 6, 4, 6)}; }
+LANE_FN Ints LaneColumns() { return IntsPart{_mm256_setr_epi32(0, 2, 0, 2, 4, 6, 4, 6)}; }
 LANE_FN Ints LaneRows() {
-  const __m128i upper = _mm_setr_epi32(0, 2, 2, 0), lower = _mm_setr_epi32(4, 6, 6, 4);
-  return {IntsPart{upper, upper}, IntsPart{lower, lower}};
+  return {IntsPart{_mm256_setr_epi32(0, 2, 2, 0, 0, 2, 2, 0)}, IntsPart{_mm256_setr_epi32(4, 6, 6, 4, 4, 6, 6, 4)}};
 }
 
 }  // namespace
