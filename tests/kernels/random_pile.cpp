@@ -2,6 +2,7 @@
 // tile at depths close to each other, small triangles, and here and there one that asks for the colours below.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "random_parts.h"
 
@@ -59,7 +60,7 @@ void SetPlane(RandomSource& random, const RandomTile& tile, Pile& pile, Triangle
   for (int i = 0; i < 3; ++i) {
     tri.z[i] = pile.depth + across * (tri.x[i] - static_cast<float>(tile.x0) - 4.0f) +
                down * (tri.y[i] - static_cast<float>(tile.y0) - 4.0f);
-    if (random.OneIn(400)) tri.z[i] = random.Pick({kProcessorNan, 1e30f, -1e30f, 1e-42f});
+    if (random.OneIn(400)) tri.z[i] = random.Pick({kProcessorNan, 3e38f, 1e30f, -1e30f, 1e-42f});
   }
   tri.zMin = std::min({tri.z[0], tri.z[1], tri.z[2]});
   tri.zMax = std::max({tri.z[0], tri.z[1], tri.z[2]});
@@ -94,7 +95,10 @@ void MakeRandomPile(std::uint64_t seed, RandomTile& tile) {
   pile.slope = random.Pick({0.0f, 1e-7f, 1e-5f, 1e-4f, 1e-3f});
   pile.special = random.Pick({0u, 0u, 50u, 10u, 3u});
   pile.depthFunc = random.Pick({1u, 1u, 2u});
-  if (random.OneIn(2)) std::fill(tile.depth.begin(), tile.depth.end(), 1.0f);
+  if (random.OneIn(2)) {
+    const float stored = random.OneIn(20) ? std::numeric_limits<float>::infinity() : 1.0f;
+    std::fill(tile.depth.begin(), tile.depth.end(), stored);
+  }
   tile.triangles.clear();
   tile.entries.clear();
   for (std::uint32_t n = 0; n < count; ++n) {

@@ -27,15 +27,15 @@ namespace {
   return one < other ? DepthRange{one - margin, other + margin} : DepthRange{other - margin, one + margin};
 }
 
-/// Whether a triangle's depths can be told from those that are stored without looking at pixels: the step lies in
-/// bounds, and no edge is multiplied up.
-LANE_FN bool HasRange(const TriangleRecord& t, const Edges& edges, const Tile& tile) {
-  return t.depthTest != 0 && (t.depthFunc == 1 || t.depthFunc == 2) && tile.whole &&
-         __builtin_fabsf(edges.inverseArea) <= 1.0f;
+/// Whether a triangle's depths can be told from those that are stored without looking at pixels: the test asks for an
+/// order, and no edge is multiplied up.
+LANE_FN bool HasRange(const TriangleRecord& t, const Edges& edges) {
+  return t.depthTest != 0 && (t.depthFunc == 1 || t.depthFunc == 2) && __builtin_fabsf(edges.inverseArea) <= 1.0f;
 }
 
+/// Where the range ends before infinity, all pixels' depths are numbers.
 LANE_FN bool AllPass(const TriangleRecord& t, DepthRange range, DepthRange stored) {
-  return t.depthFunc == 1 ? range.high < stored.low : range.high <= stored.low;
+  return t.depthFunc == 1 ? range.high < stored.low : range.high <= stored.low && Finite(range.high);
 }
 LANE_FN bool NonePasses(const TriangleRecord& t, DepthRange range, DepthRange stored) {
   return t.depthFunc == 1 ? range.low >= stored.high : range.low > stored.high;

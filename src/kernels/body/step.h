@@ -20,7 +20,7 @@ LANE_FN void TakeOpaque(StepDrawing& step, const TriangleRecord& t, Place at, co
   const DepthStep depth = DepthStepOf(t);
   if (last || at != Place::kEverywhere || !tile.whole) return Wait(step, t, at, depth, nullptr);
   if (depth == DepthStep::kNone) return WaitEverywhere(step, t);
-  if (!HasRange(t, edges, tile)) return Wait(step, t, at, depth, nullptr);
+  if (!HasRange(t, edges)) return Wait(step, t, at, depth, nullptr);
   const DepthRange range = RangeOf(t, step.corners, edges);
   if (!tile.rangeKnown) {
     LoadDepth(step.args, tile);
