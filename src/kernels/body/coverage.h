@@ -42,6 +42,12 @@ LANE_FN TileCorners CornersOf(const Tile& tile) {
   return {left, right, top, bottom, CornerColumns(left, right), CornerRows(top, bottom)};
 }
 
+/// Three vertices' values in all lanes, or three edges'.
+struct Vertices {
+  FloatsPart v[3];
+};
+LANE_FN Vertices SplatVertices(float v0, float v1, float v2) { return {{Splat(v0), Splat(v1), Splat(v2)}}; }
+
 /// Edge values of one part of a plane: edges 0 to 1, 1 to 2, 2 to 0.
 struct EdgeValues {
   FloatsPart e[3];
@@ -51,6 +57,8 @@ struct EdgeValues {
 /// evaluation; planes only share those of their columns, while these are in registers, and so may parts.
 template <typename Visit>
 LANE_FN void VisitEdgeValues(const Centres& centres, const Edges& edges, Visit visit) {
+  const Vertices fromY = SplatVertices(edges.y[0], edges.y[1], edges.y[2]);
+  const Vertices run = SplatVertices(edges.dx[0], edges.dx[1], edges.dx[2]);
   for (int right = 0; right < 2; ++right) {
     EdgeValues product, values;
     for (int part = 0; part < kParts; ++part) {
@@ -59,18 +67,18 @@ LANE_FN void VisitEdgeValues(const Centres& centres, const Edges& edges, Visit v
       }
       for (int lower = 0; lower < 2; ++lower) {
         const FloatsPart y = PartOf(centres.y[lower], part);
-        for (int i = 0; i < 3; ++i) values.e[i] = EdgeValue(edges, i, Sub(y, Splat(edges.y[i])), product.e[i]);
+        for (int i = 0; i < 3; ++i) values.e[i] = MulSub(run.v[i], Sub(y, fromY.v[i]), product.e[i]);
         visit(2 * lower + right, part, values);
       }
     }
   }
 }
 
-LANE_FN MaskPart Inside(const Edges& edges, const EdgeValues& values) {
+LANE_FN MaskPart Inside(bool positive, const Vertices& bias, const EdgeValues& values) {
   const FloatsPart zero = Splat(0.0f);
   FloatsPart biased[3];
-  for (int i = 0; i < 3; ++i) biased[i] = Add(values.e[i], Splat(edges.bias[i]));
-  if (edges.positive) {
+  for (int i = 0; i < 3; ++i) biased[i] = Add(values.e[i], bias.v[i]);
+  if (positive) {
     return And(And(LessEqual(zero, biased[0]), LessEqual(zero, biased[1])), LessEqual(zero, biased[2]));
   }
   return And(And(LessEqual(biased[0], zero), LessEqual(biased[1], zero)), LessEqual(biased[2], zero));

@@ -68,12 +68,9 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
   return NotBelowAtAny(mirrored) ? Place::kEverywhere : Place::kPartly;
 }
 
-/// Edge `i` at columns `px` and rows `py`. The product with dy is rounded first, then the one with dx takes part.
+/// The part of edge `i` that depends on the columns `px`: rounded first, then the product with dx takes part.
 LANE_FN FloatsPart EdgeProductY(const Edges& edges, int i, FloatsPart px) {
   return Mul(Splat(edges.dy[i]), Sub(px, Splat(edges.x[i])));
-}
-LANE_FN FloatsPart EdgeValue(const Edges& edges, int i, FloatsPart fromRow, FloatsPart productY) {
-  return MulSub(Splat(edges.dx[i]), fromRow, productY);
 }
 
 }  // namespace

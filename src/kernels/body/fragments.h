@@ -96,9 +96,11 @@ template <bool kWritesDepth>
 /// Covered lanes, and the barycentrics before scaling. Returns whether any lane is covered.
 [[gnu::noinline]] bool FindCovered(const Centres& centres, const Edges& edges, const Tile& tile, Fragments& fragments,
                                    Barycentrics (&weights)[kPlanes]) {
+  const bool positive = edges.positive;
+  const Vertices bias = SplatVertices(edges.bias[0], edges.bias[1], edges.bias[2]);
   MaskPart any = NoLane();
   VisitEdgeValues(centres, edges, [&](int plane, int part, const EdgeValues& values) __attribute__((always_inline)) {
-    const MaskPart covered = And(Inside(edges, values), PartOf(tile.inBounds[plane], part));
+    const MaskPart covered = And(Inside(positive, bias, values), PartOf(tile.inBounds[plane], part));
     SetPart(fragments.live[plane], part, covered);
     SetPart(weights[plane], part, Unscaled(values));
     any = Or(any, covered);

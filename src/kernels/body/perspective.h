@@ -40,11 +40,6 @@ LANE_FN float ByteAsFloat(std::uint32_t color, int shift) {
   StoreQuad(surface.t, Mul(LoadQuad(t.t), invW));
 }
 
-/// Three vertices' values in all lanes.
-struct Vertices {
-  FloatsPart v[3];
-};
-LANE_FN Vertices SplatVertices(float v0, float v1, float v2) { return {{Splat(v0), Splat(v1), Splat(v2)}}; }
 LANE_FN FloatsPart Weigh(const PartBarycentrics& w, const Vertices& of) { return Weigh(w, of.v[0], of.v[1], of.v[2]); }
 
 }  // namespace
