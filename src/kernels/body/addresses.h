@@ -41,7 +41,7 @@ LANE_FN Level GatheredLevel(const TextureCacheEntry& entry, IntsPart level) {
 LANE_FN IntsPart Wrap(bool clamp, IntsPart c, IntsPart size) {
   const IntsPart last = Sub(size, Splat(1));
   if (!clamp) return And(c, last);
-  return Select(Less(c, Splat(0)), Splat(0), Select(Less(c, size), c, last));
+  return Select(Less(c, Splat(0)), Splat(0), Min(c, last));
 }
 
 LANE_FN IntsPart RowOffset(const Level& level, IntsPart y) { return Add(level.offsetBytes, Mul(y, level.strideBytes)); }
