@@ -30,6 +30,15 @@ void ExpectOrder(Row row, const std::vector<int>& order) {
 
 TEST(PixelRows, RedAndBlueChangePlaces) { ExpectOrder(SwapRedBlueRow, {2, 1, 0, 3}); }
 
+TEST(PixelRows, RedAndBlueChangePlacesWithoutMovingBytesWithinVectorsToo) {
+  const auto row = [](const std::uint8_t* source, std::uint8_t* out, std::size_t count) {
+    const std::size_t done = SwapRedBlueByShifts(source, out, count);
+    EXPECT_EQ(done, count / 4 * 4);
+    SwapRedBlueRow(source + done * 4, out + done * 4, count - done);
+  };
+  ExpectOrder(row, {2, 1, 0, 3});
+}
+
 TEST(PixelRows, ThreeBytesWithBlueFirst) { ExpectOrder(PackTriplesRow<false>, {0, 1, 2}); }
 
 TEST(PixelRows, ThreeBytesWithRedFirst) { ExpectOrder(PackTriplesRow<true>, {2, 1, 0}); }
