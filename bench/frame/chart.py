@@ -56,7 +56,7 @@ def chart(rows):
                 number = series.index(series_of(row))
                 body += bar(row, x, y + number * BAR, COLORS[number % len(COLORS)])
             if of_scene:
-                body.append(f'<text x="10" y="{y + 10}">{escape(of_scene[0]["title"][:52])}</text>')
+                body.append(f'<text x="10" y="{y + 10}">{escape(of_scene[0]["title"][:56])}</text>')
                 y += step
         y += 22
     title = rows[0].get("caption") or (f"llvmpipe's time over ours, {rows[0]['measure']} time: longer is faster, the "
