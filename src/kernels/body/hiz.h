@@ -19,22 +19,34 @@ LANE_FN bool CornerInside(const TriangleRecord& t, bool positive, float cx, floa
   return true;
 }
 
-LANE_FN bool CoversTile(const TriangleRecord& t, float cx0, float cy0, float cx1, float cy1) {
+/// The outermost pixel centres within bounds.
+struct BoundCorners {
+  float left, top, right, bottom;
+};
+
+LANE_FN bool CoversTile(const TriangleRecord& t, const BoundCorners& at) {
   // The two products are compared, not their difference: rounding must not decide otherwise here.
   const bool positive = (t.x[1] - t.x[0]) * (t.y[2] - t.y[0]) > (t.y[1] - t.y[0]) * (t.x[2] - t.x[0]);
-  return CornerInside(t, positive, cx0, cy0) && CornerInside(t, positive, cx1, cy0) &&
-         CornerInside(t, positive, cx0, cy1) && CornerInside(t, positive, cx1, cy1);
+  if (!CornerInside(t, positive, at.left, at.top)) return false;  // where most end
+  const Quad x = LoadQuad(t.x), y = LoadQuad(t.y), zero = SplatQuad(0.0f);
+  const Quad dx = Sub(Rotate(x), x), dy = Sub(Rotate(y), y);
+  const Quad left = Mul(dy, Sub(SplatQuad(at.left), x)), right = Mul(dy, Sub(SplatQuad(at.right), x));
+  const Quad top = Mul(dx, Sub(SplatQuad(at.top), y)), bottom = Mul(dx, Sub(SplatQuad(at.bottom), y));
+  const Quad a = Sub(top, right), b = Sub(bottom, left), c = Sub(bottom, right);
+  const auto inside = [=](Quad e)
+                          __attribute__((always_inline)) { return positive ? LessEqual(zero, e) : LessEqual(e, zero); };
+  return EdgeBits(And(And(inside(a), inside(b)), inside(c))) == 7;
 }
 
 /// The bound after the whole list: an occluder hides earlier triangles too.
 LANE_FN float ScanBound(const TriangleRecord* triangles, const std::uint32_t* entries, std::int32_t entryCount,
                         float bound, std::int32_t x0, std::int32_t y0, std::int32_t x1, std::int32_t y1) {
-  const float cx0 = static_cast<float>(x0) + 0.5f, cx1 = static_cast<float>(x1 - 1) + 0.5f;
-  const float cy0 = static_cast<float>(y0) + 0.5f, cy1 = static_cast<float>(y1 - 1) + 0.5f;
+  const BoundCorners corners = {static_cast<float>(x0) + 0.5f, static_cast<float>(y0) + 0.5f,
+                                static_cast<float>(x1 - 1) + 0.5f, static_cast<float>(y1 - 1) + 0.5f};
   for (std::int32_t i = 0; i < entryCount; ++i) {
     const TriangleRecord& t = triangles[entries[i]];
     if (!UsesBound(t) || t.depthWrite == 0 || !(t.zMax < bound)) continue;
-    if (CoversTile(t, cx0, cy0, cx1, cy1)) bound = t.zMax;
+    if (CoversTile(t, corners)) bound = t.zMax;
   }
   return bound;
 }
