@@ -33,7 +33,8 @@ struct Tile {
   Ints color[kPlanes];
   Floats depth[kPlanes];
   Ints shows[kPlanes];  // the waiting triangle whose colour each pixel is to get; set once one waits
-  bool colorLoaded, depthLoaded, colorDirty, depthDirty;
+  bool colorHeld;       // read, or to be written in every pixel, and so to be stored
+  bool depthLoaded, depthDirty;
   DepthRange range;  // no stored depth lies outside, where it is known
   bool rangeKnown;
 };
@@ -42,7 +43,7 @@ LANE_FN void StartTile(Tile& tile, std::int32_t x0, std::int32_t y0, std::int32_
   tile.x0 = x0;
   tile.y0 = y0;
   tile.whole = x1 - x0 >= 8 && y1 - y0 >= kStepRows;
-  tile.colorLoaded = tile.depthLoaded = tile.colorDirty = tile.depthDirty = tile.rangeKnown = false;
+  tile.colorHeld = tile.depthLoaded = tile.depthDirty = tile.rangeKnown = false;
   if (tile.whole) {
     for (Mask& m : tile.inBounds) m = AllLanesOfPart();
     return;

@@ -5,7 +5,7 @@ namespace tlr2 {
 namespace {
 
 LANE_FN void FinishTile(const KernelFrameArgs& args, Tile& tile) {
-  if (tile.colorDirty) StorePlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
+  if (tile.colorHeld) StorePlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
   if (!tile.depthDirty) return;
   Ints words[kPlanes];
   for (int p = 0; p < kPlanes; ++p) words[p] = Bits(tile.depth[p]);

@@ -52,8 +52,8 @@ struct StepDrawing {
 };
 
 LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
-  if (!tile.colorLoaded) LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
-  tile.colorLoaded = tile.colorDirty = true;
+  if (!tile.colorHeld) LoadPlanes(tile, args.colorPixels, args.colorStrideBytes, tile.color);
+  tile.colorHeld = true;
 }
 
 /// Finds what was left open about the triangle that fills the step.
@@ -82,7 +82,7 @@ LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
     Fragments fragments;
     if (!waiting.FindShown(place, tile, fragments)) continue;
     if (!fragments.allLive) LoadColor(step.args, tile);
-    tile.colorLoaded = tile.colorDirty = true;
+    tile.colorHeld = true;
     fragments.writesDepth = false;
     DrawFragments(step.args, *waiting.triangle[place], fragments, waiting.weights[place], step.ahead, tile);
   }
