@@ -17,7 +17,7 @@ Tables, of which --table takes one:
   workers   how many times faster two workers are than one
   sizes     nanoseconds a covered fragment (8 a pixel) at 1920x1080 and at 640x480
   wine      the driver's own time in the Windows build under Wine (--windows) beside the native 32-bit one (--build);
-            showing the picture is taken out of both and stands in columns of its own
+            showing the picture, which the native build does not, is taken out and stands in a column of its own
   --against CONFIGURATION   another configuration of ours beside the one that the options name: KEY=VALUE,... with the
             keys build, isa, threads, size and spin, as in --against isa=avx,threads=2
 
@@ -65,9 +65,10 @@ class Table:
     """Sides that run together, by name, and their ratios."""
 
     def __init__(self, title, caption, sides, pairs, scenes, size=(1280, 720), threads=1, fragments=False,
-                 apart=False, behind=0):
+                 shows=(), behind=0):
         self.title, self.caption, self.sides, self.pairs, self.scenes = title, caption, sides, pairs, scenes
-        self.size, self.threads, self.fragments, self.apart, self.behind = size, threads, fragments, apart, behind
+        self.size, self.threads, self.fragments, self.behind = size, threads, fragments, behind
+        self.shows = shows  # the sides whose picture is shown, which is no part of their times
 
 
 def size(text):
@@ -184,7 +185,7 @@ def wine_tables(options):
                         "own time under Wine over native",
                         {"native": ours(options, threads=threads, size=at), "wine": under_wine(options, threads, at)},
                         [Pair("wine/native", "wine", "native", lambda scene: 1.2, most=True)], list(GOALS), at, threads,
-                        apart=True, behind=options.behind)
+                        shows=["wine"], behind=options.behind)
 
 
 def against_tables(options):
@@ -218,8 +219,7 @@ def show_head(table, options):
     print(f"\n{table.title}: {unit} ({options.measure} time), "
           f"{'least times' if options.statistic == 'low' else 'medians'}; load average {os.getloadavg()[0]:.1f}")
     columns = [f"{name[:9]:>9}" for name in table.sides]
-    if table.apart:
-        columns += [f"{name[:6] + ' shown':>12}" for name in table.sides]
+    columns += [f"{name[:6] + ' shown':>12}" for name in table.shows]
     print(f"{'scene':52} {' '.join(columns)}" + "".join(f" {pair.series[:11]:>11} {'(low-high)':>13} {'goal':>5}"
                                                        for pair in table.pairs) + " passes", flush=True)
 
@@ -227,10 +227,9 @@ def show_head(table, options):
 def show_scene(table, options, sides, scene, title):
     """Prints one line of the table; returns its rows."""
     values = {name: total(side, scene, options.statistic) * scale(table, side) for name, side in sides.items()}
-    shown = {name: min(side.presents[scene]) for name, side in sides.items()}
+    shown = {name: min(sides[name].presents[scene]) for name in table.shows}
     line = f"{title:52} " + " ".join(f"{value:9.2f}" for value in values.values())
-    if table.apart:
-        line += "".join(f" {value:12.2f}" for value in shown.values())
+    line += "".join(f" {value:12.2f}" for value in shown.values())
     passes = len(next(iter(sides.values())).passes[scene])
     steady = all(settled(side, scene) for side in sides.values())
     rows = []
@@ -245,7 +244,7 @@ def show_scene(table, options, sides, scene, title):
                      "over": pair.over, "under": pair.under, "values": values, "passes": passes, "steady": steady,
                      "ratio": values[pair.over] / values[pair.under], "ratio_low": low, "ratio_high": high,
                      "goal": goal, "goal_is_most": pair.most})
-        if table.apart:
+        if shown:
             rows[-1]["shown_ms"] = shown
         mark = "" if goal is None else f"{'<' if pair.most else ''}{goal:.3g}"
         line += f" {rows[-1]['ratio']:11.2f} ({low:5.2f}-{high:5.2f}) {mark:>5}"
@@ -262,7 +261,7 @@ def run_table(table, options, titles):
 
     try:
         for name, (command, environment, (width, height)) in table.sides.items():
-            sides[name] = Side(name, command, environment, width, height, table.apart)
+            sides[name] = Side(name, command, environment, width, height)
         run_scenes(list(sides.values()), scenes, options.passes, after_pass, statistic=options.statistic,
                    measure=options.measure, frames=options.frames, behind=table.behind)
     finally:

@@ -15,7 +15,7 @@ struct FrameTimes {
   double processor;  // of all threads of the process, as far as the system tells
   double chain;      // the same, but of the workers only the one that worked longest: a frame's time if each thread had
                      // a processor of its own, for what a frame does comes one after another but for the workers
-  double present;    // what showing the finished picture took: part of `wall`
+  double present;    // what showing the finished picture took, where it is seen: part of `wall`
 };
 
 double Milliseconds();
@@ -30,8 +30,8 @@ const Gl& LibraryFunctions();
 bool OpenTarget(int width, int height);
 /// Ends a frame: the swap, or what makes the other library finish it.
 void EndFrame();
-/// What showing the last frame took; to be asked before the next one. On Windows the Direct3D calls of the swap. The
-/// headless swap copies the picture, which cannot be timed from outside: the same copy, made now, stands for it.
+/// What showing the last frame took; to be asked before the next one. On Windows the Direct3D calls of the swap; 0 for
+/// headless windows and buffers, which show nothing.
 double PresentMilliseconds();
 /// The picture of the last frame, 0xAARRGGBB, rows from the top; empty where the system has no way to it.
 std::vector<std::uint32_t> TargetPicture();

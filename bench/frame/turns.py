@@ -23,9 +23,8 @@ FRAMES_OF = {"game": (10, 45, 80)}
 class Side:
     """One configuration of one library: a process, and the times of its turns."""
 
-    def __init__(self, name, command, environment, width, height, apart):
+    def __init__(self, name, command, environment, width, height):
         self.name, self.width, self.height = name, width, height
-        self.apart = apart  # whether the time of showing the picture is taken out
         self.folder = tempfile.TemporaryDirectory()  # the driver leaves its call summary in the current directory
         self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
                                         env={**os.environ, **environment}, cwd=self.folder.name)
@@ -81,8 +80,8 @@ def ratio_range(over, under, scene, statistic):
 
 
 def run_pass(sides, scene, *, statistic, measure, frames, behind):
-    """Runs a scene once; `behind` milliseconds lie behind each frame, for sides that show a picture while they already
-    draw the next one."""
+    """Runs a scene once. Where a side tells what showing its picture took, that is no part of a frame's time; `behind`
+    milliseconds lie behind each frame, for sides that show a picture while they already draw the next one."""
     numbers = FRAMES_OF.get(scene, (0,))
     for side in sides:
         side.ask(f"open {scene} {side.width} {side.height}")
@@ -96,7 +95,7 @@ def run_pass(sides, scene, *, statistic, measure, frames, behind):
         for side in sides if turn // len(numbers) % 2 == 0 else reversed(sides):
             time.sleep(PAUSE_SECONDS)
             drawn = side.frames(number, frames, behind)
-            times = [one[MEASURES.index(measure)] - (one[-1] if side.apart else 0) for one in drawn]
+            times = [one[MEASURES.index(measure)] - one[-1] for one in drawn]
             side.passes[scene][-1][number].append(figure(times, statistic))
             side.presents.setdefault(scene, []).extend(one[-1] for one in drawn)
         turn += 1

@@ -2,6 +2,7 @@
 import os
 import sys
 import unittest
+from unittest import mock
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import turns  # noqa: E402
@@ -34,6 +35,27 @@ class Turns(unittest.TestCase):
     def test_the_range_holds_each_pass_and_all_together(self):
         over, under = FakeSide([20], [30], [24]), FakeSide([10], [10], [8])
         self.assertEqual(turns.ratio_range(over, under, "scene", "low"), (2.0, 3.0))
+
+    def test_what_showing_a_picture_took_is_no_part_of_a_frame(self):
+        class ShowingSide(FakeSide):
+            width, height = 8, 4
+
+            def __init__(self):
+                super().__init__()
+                self.passes, self.presents = {}, {}
+
+            def ask(self, line):
+                return []
+
+            def frames(self, frame, count, behind):
+                return [(25.0, 24.0, 23.0, 20.0)] * count
+
+        for measure, own in zip(turns.MEASURES, (5, 4, 3)):
+            side = ShowingSide()
+            with mock.patch.object(turns, "PASS_SECONDS", 0), mock.patch.object(turns, "PAUSE_SECONDS", 0):
+                turns.run_pass([side], "scene", statistic="low", measure=measure, frames=2, behind=0)
+            self.assertEqual(turns.total(side, "scene", "low"), own)
+            self.assertEqual(set(side.presents["scene"]), {20.0})
 
 
 class Chart(unittest.TestCase):

@@ -30,7 +30,10 @@ TLR2_HEADLESS_API int32_t tlr2HeadlessResizeWindow(void* hdc, int32_t width, int
 TLR2_HEADLESS_API int32_t tlr2HeadlessPictureSize(void* hdc, int32_t* width, int32_t* height);
 
 /* Copies the picture last shown, after post-process: rows from top to bottom, tight, each pixel 0xAARRGGBB. At most
-   `pixelCount` pixels are written; returns how many the picture has, 0 before the first. */
+   `pixelCount` pixels are written; returns how many the picture has, 0 before the first. The adjustments are those that
+   the settings held when the picture was shown. They are made by this call, so a swap whose picture nobody copies costs
+   no pass over it. Any thread may ask at any time; a swap waits until the copy is finished. The picture stays when its
+   context is deleted. */
 TLR2_HEADLESS_API uint32_t tlr2HeadlessCopyPicture(void* hdc, uint32_t* pixels, uint32_t pixelCount);
 
 /* How many pictures the window has shown. */

@@ -1,4 +1,5 @@
-// The headless present device: two colour buffers that alternate, and a picture that an application can copy.
+// The headless present device: two colour buffers that alternate. Showing one hands it to the window, from which an
+// application can copy it.
 #include "present/device.h"
 
 #include <cstddef>
@@ -7,8 +8,8 @@
 #include <new>
 
 #include "capture/trace.h"
-#include "present/headless/post_process.h"
 #include "present/headless/window.h"
+#include "present/postprocess.h"
 
 namespace tlr2 {
 
@@ -44,18 +45,10 @@ bool MapCurrent(PresentDevice& device) {
   return true;
 }
 
-/// From the current colour buffer to the shown picture, adjusted as the settings say at this moment.
-void PostProcessPass(PresentDevice& device, HeadlessWindow& window) {
-  device.mapped = false;
-  const std::size_t width = static_cast<std::size_t>(device.size.renderWidth);
-  const std::size_t height = static_cast<std::size_t>(device.size.renderHeight);
-  window.picture.resize(width * height);
-  window.pictureWidth = device.size.renderWidth;
-  window.pictureHeight = device.size.renderHeight;
-  const PostProcessConstants constants = MakePostProcessConstants(Settings());
-  const auto* row = reinterpret_cast<const std::uint8_t*>(device.buffer[device.index].get());
-  for (std::size_t y = 0; y < height; ++y, row += device.rowPitch[device.index])
-    PostProcessPixels(constants, reinterpret_cast<const std::uint32_t*>(row), &window.picture[y * width], width);
+/// The current colour buffer as a picture, with the adjustments of this moment.
+ShownPicture CurrentPicture(const PresentDevice& device) {
+  return {device.buffer[device.index].get(), device.rowPitch[device.index], device.size.renderWidth,
+          device.size.renderHeight, MakePostProcessConstants(Settings())};
 }
 
 }  // namespace
@@ -96,20 +89,22 @@ bool DeviceBeginFrame(PresentDevice& device, std::uint32_t*& pixels, std::uint32
 }
 
 bool DevicePresent(PresentDevice& device) {
-  HeadlessWindow* window = FindHeadlessWindow(device.window);
-  if (window == nullptr || window->failPresent) {
-    device.mapped = false;
+  device.mapped = false;
+  if (!ShowInHeadlessWindow(device.window, CurrentPicture(device))) {
     TraceCall("TLR2::DxgiPresent::PresentSwapChain", "(Present hr=0x%08X)", 0x80004005u);
     return false;  // the index stays
   }
-  PostProcessPass(device, *window);
-  ++window->pictureCount;
   device.index = (device.index + 1) % kBufferCount;
   if (MapCurrent(device)) return true;
   TraceCall("TLR2::DxgiPresent::PresentSwapChain", "(post-flip Map failed on staging[%d])", device.index);
   return false;
 }
 
-void DeviceShutdown(PresentDevice* device) { delete device; }
+void DeviceShutdown(PresentDevice* device) {
+  if (device == nullptr) return;
+  // The picture last shown outlives its device.
+  for (auto& buffer : device->buffer) KeepIfShown(device->window, buffer);
+  delete device;
+}
 
 }  // namespace tlr2

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "platform/float_rules.h"
 #include "present/headless/post_process.h"
 #include "present/surface.h"
 #include "settings/settings.h"
@@ -121,6 +122,72 @@ TEST_F(HeadlessPostProcess, ThePictureIsAdjustedAndTheRenderedPixelsAreNot) {
   EXPECT_EQ(surface.colorBuffer[pitch + 2], 0xFF000102u);
   SurfaceDestroy(surface);
   tlr2HeadlessDestroyWindow(hdc);
+}
+
+/// A window that shows one pixel of half red, half green.
+class AdjustedPicture : public HeadlessPostProcess {
+ protected:
+  void SetUp() override { ASSERT_TRUE(SurfaceCreate(surface, 1, 1, hdc)); }
+  void TearDown() override {
+    SurfaceDestroy(surface);
+    tlr2HeadlessDestroyWindow(hdc);
+    HeadlessPostProcess::TearDown();
+  }
+  void ShowWith(const Words& words) {
+    Set(words);
+    *surface.colorBuffer = kPixel;
+    SurfacePresent(surface, hdc);
+  }
+  std::uint32_t Shown() {
+    std::uint32_t pixel = 0;
+    tlr2HeadlessCopyPicture(hdc, &pixel, 1);
+    return pixel;
+  }
+
+  static constexpr std::uint32_t kPixel = 0x12808000u;
+  void* hdc = tlr2HeadlessCreateWindow(1, 1);
+  Surface surface;
+};
+
+TEST_F(AdjustedPicture, HasTheSettingsOfTheMomentWhenItWasShown) {
+  const Words warm = {150, 40, 120, 90, 30};
+  ShowWith(warm);
+  Set({});
+  const std::uint32_t shown = Shown();
+  EXPECT_NE(shown, kPixel);
+  EXPECT_EQ(shown, Adjust(warm, kPixel));
+  Set({});
+  EXPECT_EQ(Shown(), shown);
+  SurfaceDestroy(surface);
+  EXPECT_EQ(Shown(), shown);
+  ASSERT_TRUE(SurfaceCreate(surface, 1, 1, hdc));
+  ShowWith({});
+  Set(warm);
+  EXPECT_EQ(Shown(), kPixel);
+}
+
+TEST_F(AdjustedPicture, DoesNotDependOnTheFloatRulesOfTheThreadThatLooks) {
+  constexpr unsigned kUpwards = FloatRules::kControlWord | 0x4000u;
+  const Words cases[] = {
+      {50, 0, 100, 100, 0}, {220, 30, 140, 110, 50}, {100, -170, 100, 100, 0}, {100, 0, 250, 40, 60}};
+  std::uint32_t differing = 0;
+  for (const Words& words : cases) {
+    for (std::uint32_t n = 0; n < 500; ++n) {
+      Set(words);
+      *surface.colorBuffer = n * 2654435761u;
+      SurfacePresent(surface, hdc);
+      const std::uint32_t shown = Shown();
+      __builtin_ia32_ldmxcsr(kUpwards);
+      const std::uint32_t upwards = Shown();
+      const unsigned left = __builtin_ia32_stmxcsr();
+      const std::uint32_t bare = Adjust(words, n * 2654435761u);
+      __builtin_ia32_ldmxcsr(FloatRules::kControlWord);
+      EXPECT_EQ(upwards, shown);
+      EXPECT_EQ(left & ~0x3Fu, kUpwards);
+      differing += bare != shown ? 1 : 0;
+    }
+  }
+  EXPECT_GT(differing, 0u);  // these rules would be seen
 }
 
 }  // namespace
