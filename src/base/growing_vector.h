@@ -13,9 +13,9 @@
 
 namespace tlr2 {
 
-/// Blocks of this size or more are aligned to 32 bytes, which is what the kernels' whole-record loads want.
+/// Blocks of this size or more start at a line of the caches, so that no record of two lines lies on three.
 inline constexpr std::size_t kAlignedBlockBytes = 4096;
-inline constexpr std::size_t kBlockAlignment = 32;
+inline constexpr std::size_t kBlockAlignment = 64;
 
 /// A contiguous run of trivially copyable `T`. `Limit` is the greatest element count; past it growth fails with the
 /// length error "vector too long". The default keeps every block below 2 GiB.

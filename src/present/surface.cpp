@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "capture/trace.h"
+#include "platform/buffer_memory.h"
 
 namespace tlr2 {
 
@@ -28,7 +28,7 @@ bool SurfaceCreate(Surface& surface, std::int32_t width, std::int32_t height, vo
   const std::uint64_t rowBytes = static_cast<std::uint64_t>(width) * sizeof(float);  // may not fit 32 bits
   if (static_cast<std::uint64_t>(height) <= static_cast<std::uint64_t>(PTRDIFF_MAX) / rowBytes)
     surface.depthBuffer =
-        static_cast<float*>(std::malloc(static_cast<std::size_t>(static_cast<std::uint64_t>(height) * rowBytes)));
+        static_cast<float*>(AllocateBuffer(static_cast<std::size_t>(static_cast<std::uint64_t>(height) * rowBytes)));
   if (surface.depthBuffer == nullptr) {
     SurfaceDestroy(surface);
     return false;
@@ -40,7 +40,7 @@ bool SurfaceCreate(Surface& surface, std::int32_t width, std::int32_t height, vo
 
 void SurfaceDestroy(Surface& surface) {
   DeviceShutdown(surface.device);
-  std::free(surface.depthBuffer);
+  FreeBuffer(surface.depthBuffer);
   surface = Surface{};
 }
 

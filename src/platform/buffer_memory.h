@@ -1,0 +1,14 @@
+// Memory for buffers of pixels.
+#pragma once
+
+#include <cstddef>
+
+namespace tlr2 {
+
+/// `bytes` of memory, what it holds being left open; null where there is none. It starts at a line of the caches, and
+/// where the system has large pages it lies on them: rows of tiles lie pages apart, and a frame would otherwise walk
+/// through more small ones than the processor remembers the places of.
+void* AllocateBuffer(std::size_t bytes) noexcept;
+void FreeBuffer(void* buffer) noexcept;
+
+}  // namespace tlr2
