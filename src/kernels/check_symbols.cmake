@@ -1,5 +1,6 @@
-# Reads the symbols of an object for wider processors: cmake -DNM=nm -DOBJECT=file -DKERNEL=name -P check_symbols.cmake
-# where `name` is a pattern for the only function that it exports.
+# Reads the symbols of an object for wider processors:
+#   cmake -DNM=nm -DOBJECT=file -DEXPORTS=name[,name ...] -P check_symbols.cmake
+# where the names are patterns for the only functions that it exports, in alphabetical order.
 #
 # An inline function or a template compiled with wide instructions and left as a weak symbol can be linked for every
 # caller; a static constructor would run wide code when the library is loaded. Neither may exist.
@@ -29,6 +30,8 @@ foreach(line IN LISTS lines)
     message(FATAL_ERROR "calls something outside: ${line}")
   endif()
 endforeach()
-if(NOT defined MATCHES "^_?${KERNEL}$")
-  message(FATAL_ERROR "exports ${defined}, not ${KERNEL} alone")
+string(REPLACE "," ";_?" pattern "_?${EXPORTS}")
+list(SORT defined)
+if(NOT "${defined}" MATCHES "^${pattern}$")
+  message(FATAL_ERROR "exports ${defined}, not ${EXPORTS} alone")
 endif()

@@ -40,6 +40,8 @@ void SixteenLanes(std::int32_t* out) { *out = 16; }
 
 constexpr TileKernelFn kKernels[] = {tlr2_TileKernel_sse4, tlr2_TileKernel_avx, tlr2_TileKernel_avx2,
                                      tlr2_TileKernel_avx512skx};
+constexpr ClearingTileKernelFn kClearingKernels[] = {tlr2_ClearingTileKernel_sse4, tlr2_ClearingTileKernel_avx,
+                                                     tlr2_ClearingTileKernel_avx2, tlr2_ClearingTileKernel_avx512skx};
 constexpr LaneCountFn kLaneCounts[] = {EightLanes, SixteenLanes, SixteenLanes, SixteenLanes};
 
 /// One auto entry's memory. Threads may race through the choice: they come to the same one.
@@ -64,6 +66,7 @@ struct AutoEntry {
 };
 
 constinit AutoEntry<TileKernelFn> kernelEntry;
+constinit AutoEntry<ClearingTileKernelFn> clearingKernelEntry;
 constinit AutoEntry<LaneCountFn> laneCountEntry;
 
 }  // namespace
@@ -98,10 +101,22 @@ extern "C" void tlr2_TileKernel(const KernelFrameArgs* args, std::int32_t x0, st
   kernelEntry.Choose(kKernels)(args, x0, y0, x1, y1, entries, entryCount, hizCell);
 }
 
+extern "C" void tlr2_ClearingTileKernel(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
+                                        std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount,
+                                        float* hizCell, const TileClears* clears) {
+  clearingKernelEntry.Choose(kClearingKernels)(args, x0, y0, x1, y1, entries, entryCount, hizCell, clears);
+}
+
 void KernelLaneCount(std::int32_t* out) noexcept { laneCountEntry.Choose(kLaneCounts)(out); }
 
 TileKernelFn KernelForTarget(std::int32_t target) noexcept {
   return target >= 0 && target < 4 ? kKernels[target] : tlr2_TileKernel;
+}
+
+ClearingTileKernelFn ClearingForm(TileKernelFn kernel) noexcept {
+  for (int target = 0; target < 4; ++target)
+    if (kernel == kKernels[target]) return kClearingKernels[target];
+  return kernel == tlr2_TileKernel ? tlr2_ClearingTileKernel : nullptr;
 }
 
 }  // namespace tlr2

@@ -30,4 +30,16 @@ static_assert(offsetof(KernelFrameArgs, kernelMode) == 28);
 using TileKernelFn = void (*)(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
                               std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount, float* hizCell);
 
+/// What buffers are still to be cleared to.
+struct TileClears {
+  bool color = false, depth = false;
+  std::uint32_t colorValue = 0, depthBits = 0;
+};
+
+/// The same as TileKernelFn on a micro tile whose pixels are yet to be cleared: what `clears` names is not read, but
+/// written in all pixels of the tile, whatever the list draws.
+using ClearingTileKernelFn = void (*)(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
+                                      std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount,
+                                      float* hizCell, const TileClears* clears);
+
 }  // namespace tlr2

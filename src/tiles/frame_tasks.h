@@ -13,13 +13,6 @@
 
 namespace tlr2 {
 
-/// Clears that are left to the tasks: each clears a macro tile right before it rasterises it, while the pixels stay
-/// near.
-struct TileClears {
-  bool color = false, depth = false;
-  std::uint32_t colorValue = 0, depthBits = 0;
-};
-
 /// Lives on the stack of RenderFrame for the length of the job; read-only while tasks run.
 struct FrameTaskContext {
   const SurfaceView* surface;
@@ -27,8 +20,9 @@ struct FrameTaskContext {
   const std::vector<TextureCacheEntry>* textureCacheVector;
   KernelFrameArgs kernelArgs;
   TileKernelFn kernel;
+  ClearingTileKernelFn clearingKernel;  // the kernel's; null where it has none
   const RenderOptions* options;
-  TileClears clears;
+  TileClears clears;  // left to the tasks, each of which clears its own macro tiles
 };
 
 /// Ticks unless said otherwise. Zeroed at the start of each frame.

@@ -172,6 +172,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   context.kernelArgs.kernelMode = Settings().kernelMode;
   context.kernel =
       overrides.kernel != nullptr ? overrides.kernel : KernelForTarget(ResolveForcedIsa(Settings().forceIsa));
+  context.clearingKernel = ClearingForm(context.kernel);
   context.options = &options;
   context.clears = clears;
 

@@ -5,6 +5,7 @@
 
 #include "api/state/driver_state.h"
 #include "base/fill.h"
+#include "base/prefetch.h"
 #include "platform/clock.h"
 #include "platform/thread.h"
 #include "settings/occupancy.h"
@@ -45,10 +46,13 @@ void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerP
   }
 }
 
-/// Fills what the surface has of a macro tile.
-void ClearMacroTile(const SurfaceView& surface, const TileClears& clears, const MacroTile& macro) noexcept {
-  const std::int32_t x0 = macro.microX0 * 8, y0 = macro.microY0 * 8;
-  const std::int32_t x1 = std::min(x0 + 32, surface.width), y1 = std::min(y0 + 32, surface.height);
+bool Any(const TileClears& clears) noexcept { return clears.color || clears.depth; }
+
+/// Fills what the surface has of a micro tile.
+void ClearMicroTile(const SurfaceView& surface, const TileClears& clears, std::int32_t microX,
+                    std::int32_t microY) noexcept {
+  const std::int32_t x0 = microX * 8, y0 = microY * 8;
+  const std::int32_t x1 = std::min(x0 + 8, surface.width), y1 = std::min(y0 + 8, surface.height);
   if (x0 >= x1) return;
   const auto left = static_cast<std::size_t>(x0), count = static_cast<std::size_t>(x1 - x0);
   for (std::int32_t y = y0; y < y1; ++y) {
@@ -64,30 +68,43 @@ void ClearMacroTile(const SurfaceView& surface, const TileClears& clears, const 
   }
 }
 
-/// Asks for what a micro tile of the task's next macro tile will touch, so that its lines are near when its turn comes:
-/// rows of neighbouring tiles lie whole pages apart, which no hardware prefetcher foresees.
+/// Clears what kernels do not clear: the micro tiles that nothing is drawn into, or all of them where the kernel has no
+/// clearing form. Returns whether there was any.
+bool ClearAhead(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
+  bool any = false;
+  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y) {
+    for (std::int32_t x = macro.microX0; x < macro.microX1; ++x) {
+      if (frame.clearingKernel != nullptr && !state.tileLists[MicroIndex(frame, x, y)].empty()) continue;
+      ClearMicroTile(*frame.surface, frame.clears, x, y);
+      any = true;
+    }
+  }
+  return any;
+}
+
+/// Asks for what a micro tile of the task will touch, so that its lines are near when its turn comes: its rows lie
+/// whole pages apart, which no hardware prefetcher foresees. Pixels are asked for as lines to write: they are, and what
+/// the last frame's readers left shared would have to be asked for again at the first store.
 void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std::int32_t microX,
                     std::int32_t microY) noexcept {
   const TileEntryList& list = state.tileLists[MicroIndex(frame, microX, microY)];
-  if (list.empty() && !frame.clears.color && !frame.clears.depth) return;
+  if (list.empty() && !Any(frame.clears)) return;
   __builtin_prefetch(list.data());
   const SurfaceView& surface = *frame.surface;
   const std::int32_t x0 = microX * 8, y0 = microY * 8, y1 = std::min(y0 + 8, surface.height);
   if (x0 >= surface.width) return;
   for (std::int32_t y = y0; y < y1; ++y) {
     const auto row = static_cast<std::size_t>(y), left = static_cast<std::size_t>(x0);
-    __builtin_prefetch(reinterpret_cast<const char*>(surface.colorBuffer) + row * surface.rowPitch + left * 4, 1);
-    __builtin_prefetch(surface.depthBuffer + row * static_cast<std::size_t>(surface.width) + left, 1);
+    PrefetchToWrite(reinterpret_cast<const char*>(surface.colorBuffer) + row * surface.rowPitch + left * 4);
+    PrefetchToWrite(surface.depthBuffer + row * static_cast<std::size_t>(surface.width) + left);
   }
 }
 
 void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile, const MacroTile& next,
                      std::int64_t& mark) {
   const MacroTile macro = MicroRange(frame, tile);
-  if (frame.clears.color || frame.clears.depth) {
-    ClearMacroTile(*frame.surface, frame.clears, macro);
-    mark = ProfileMark();  // its time is the macro tile's own
-  }
+  const bool clears = Any(frame.clears);
+  if (clears && ClearAhead(state, frame, macro)) mark = ProfileMark();  // its time is the macro tile's own
   ScopeSeries microScopes("tlr2::RasterizeTile", mark);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
@@ -95,16 +112,26 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
   for (std::int32_t microY = macro.microY0; microY < macro.microY1; ++microY) {
     for (std::int32_t microX = macro.microX0; microX < macro.microX1; ++microX) {
       const std::size_t index = MicroIndex(frame, microX, microY);
-      const std::int32_t nextX = next.microX0 + microX - macro.microX0, nextY = next.microY0 + microY - macro.microY0;
-      if (nextX < next.microX1 && nextY < next.microY1) FetchMicroTile(state, frame, nextX, nextY);
+      if (microY + 1 < macro.microY1) {
+        FetchMicroTile(state, frame, microX, microY + 1);
+      } else {
+        const std::int32_t nextX = next.microX0 + microX - macro.microX0;
+        if (nextX < next.microX1) FetchMicroTile(state, frame, nextX, next.microY0);
+      }
       const TileEntryList& list = state.tileLists[index];
       const std::int32_t x0 = microX * 8, y0 = microY * 8;
       if (list.empty() || x0 >= width || y0 >= height) {
         microScopes.EndAtMark();
         continue;
       }
-      frame.kernel(&frame.kernelArgs, x0, y0, std::min(x0 + 8, width), std::min(y0 + 8, height), list.data(),
-                   static_cast<std::int32_t>(list.size()), &state.hizTable[index]);
+      const std::int32_t x1 = std::min(x0 + 8, width), y1 = std::min(y0 + 8, height);
+      const auto count = static_cast<std::int32_t>(list.size());
+      float* bound = &state.hizTable[index];
+      if (clears && frame.clearingKernel != nullptr) {
+        frame.clearingKernel(&frame.kernelArgs, x0, y0, x1, y1, list.data(), count, bound, &frame.clears);
+      } else {
+        frame.kernel(&frame.kernelArgs, x0, y0, x1, y1, list.data(), count, bound);
+      }
       microScopes.End();
     }
   }

@@ -33,6 +33,37 @@ void Call(const RandomTile& tile, TileKernelFn kernel, Outcome& out) {
   kernel(&args, tile.x0, tile.y0, tile.x1, tile.y1, tile.entries.data(), tile.entryCount, &out.cell);
 }
 
+/// A clear of one buffer, the other one, or both, by the call's number; and what it leaves of the tile.
+TileClears MakeClears(std::uint64_t seed) {
+  constexpr std::uint32_t kDepths[] = {0x3F800000u, 0x3F000000u, 0u,         0x80000000u,
+                                       0xBF800000u, 0x7F800000u, 0x7FC00000u};
+  TileClears clears;
+  clears.color = seed % 3 != 0;
+  clears.depth = seed % 3 != 1;
+  clears.colorValue = static_cast<std::uint32_t>(seed * 0x9E3779B9u);
+  clears.depthBits = kDepths[seed / 3 % 16 < std::size(kDepths) ? seed / 3 % 16 : 0];
+  return clears;
+}
+
+void ClearTile(RandomTile& tile, const TileClears& clears) {
+  for (std::int32_t y = tile.y0; y < tile.y1; ++y) {
+    for (std::int32_t x = tile.x0; x < tile.x1; ++x) {
+      const auto column = static_cast<std::size_t>(x - tile.originX), row = static_cast<std::size_t>(y - tile.originY);
+      if (clears.color) tile.color[kGuardWords + row * tile.colorStride + column] = clears.colorValue;
+      if (clears.depth)
+        std::memcpy(&tile.depth[kGuardWords + row * tile.depthStride + column], &clears.depthBits, sizeof(float));
+    }
+  }
+}
+
+void CallClearing(const RandomTile& tile, ClearingTileKernelFn kernel, const TileClears& clears, Outcome& out) {
+  out.color = tile.color;
+  out.depth = tile.depth;
+  out.cell = tile.hizCell;
+  const KernelFrameArgs args = tile.Args(out.color.data(), out.depth.data());
+  kernel(&args, tile.x0, tile.y0, tile.x1, tile.y1, tile.entries.data(), tile.entryCount, &out.cell, &clears);
+}
+
 std::string Place(const RandomTile& tile, std::size_t word, std::uint32_t stride) {
   if (word < kGuardWords) return "ahead of the buffer";
   const std::size_t at = word - kGuardWords;
@@ -102,6 +133,40 @@ TEST_P(Differential, EqualsTheScalarFormInEveryByte) {
 TEST_P(Differential, EqualsTheScalarFormWhereTrianglesHideEachOther) {
   if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
   CompareRandomCalls(GetParam(), MakeRandomPile, FromEnvironment("TLR2_KERNEL_PILES", 12000));
+}
+
+/// The clearing form on a tile of anything, against the scalar form on the same tile cleared before.
+void CompareClearing(const KernelUnderTest& kernel, void (*make)(std::uint64_t, RandomTile&), std::uint64_t count) {
+  const std::uint64_t first = FromEnvironment("TLR2_KERNEL_SEED", 1);
+  RandomTile tile;
+  Outcome expected;
+  Outcome actual;
+  for (std::uint64_t seed = first; seed < first + count; ++seed) {
+    make(seed, tile);
+    const TileClears clears = MakeClears(seed);
+    CallClearing(tile, kernel.clearing, clears, actual);
+    ClearTile(tile, clears);
+    Call(tile, kernel.scalar, expected);
+    const std::string difference = Compare(tile, expected, actual);
+    ASSERT_EQ(difference, "") << kernel.name << " clears " << clears.color << clears.depth << "\n" << tile.Describe();
+  }
+  EXPECT_GE(count, 1u);
+}
+
+TEST_P(Differential, ClearsAsIfTheTileHadBeenClearedBefore) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  CompareClearing(GetParam(), MakeRandomTile, FromEnvironment("TLR2_KERNEL_TILES", 110000) / 4);
+  CompareClearing(GetParam(), MakeRandomPile, FromEnvironment("TLR2_KERNEL_PILES", 12000) / 4);
+}
+
+TEST_P(Differential, ClearsATileThatNothingIsDrawnInto) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  const auto makeEmpty = [](std::uint64_t seed, RandomTile& tile) {
+    MakeRandomTile(seed, tile);
+    tile.entries.clear();
+    tile.entryCount = 0;
+  };
+  CompareClearing(GetParam(), makeEmpty, 200);
 }
 
 INSTANTIATE_TEST_SUITE_P(Targets, Differential, testing::ValuesIn(RealKernels().begin(), RealKernels().end()),

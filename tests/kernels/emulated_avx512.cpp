@@ -80,7 +80,7 @@ void ScatterEmulated(void* base, unsigned live, simde__m512i offsets, simde__m51
 #ifndef TLR2_EMULATED_AVX512
 #define TLR2_EMULATED_AVX512 1
 #endif
-#define TLR2_TILE_KERNEL tlr2_TileKernel_avx512emulated
+#define TLR2_KERNEL_TARGET avx512emulated
 // clang-format off
 #include "kernels/lanes/avx512skx.h"
 #include "kernels/body/kernel.h"  // after the lanes it works on

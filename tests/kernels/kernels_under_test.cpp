@@ -11,6 +11,10 @@
 extern "C" void tlr2_TileKernel_avx512emulated(const tlr2::KernelFrameArgs* args, std::int32_t x0, std::int32_t y0,
                                                std::int32_t x1, std::int32_t y1, const std::uint32_t* entries,
                                                std::int32_t entryCount, float* hizCell);
+extern "C" void tlr2_ClearingTileKernel_avx512emulated(const tlr2::KernelFrameArgs* args, std::int32_t x0,
+                                                       std::int32_t y0, std::int32_t x1, std::int32_t y1,
+                                                       const std::uint32_t* entries, std::int32_t entryCount,
+                                                       float* hizCell, const tlr2::TileClears* clears);
 #endif
 
 namespace tlr2::judge {
@@ -46,15 +50,17 @@ constexpr TileKernelFn kScalar16 = Scalar<16, false>;
 constexpr TileKernelFn kScalar16Fused = Scalar<16, true>;
 
 constexpr std::array kKernels = {
-    KernelUnderTest{"scalar8", kScalar8, kScalar8, 8, false, Always},
-    KernelUnderTest{"scalar16", kScalar16, kScalar16, 16, false, Always},
-    KernelUnderTest{"scalar16fused", kScalar16Fused, kScalar16Fused, 16, true, Always},
-    KernelUnderTest{"sse4", tlr2_TileKernel_sse4, kScalar8, 8, false, HasSse41},
-    KernelUnderTest{"avx", tlr2_TileKernel_avx, kScalar16, 16, false, HasAvx},
-    KernelUnderTest{"avx2", tlr2_TileKernel_avx2, kScalar16Fused, 16, true, HasAvx2},
-    KernelUnderTest{"avx512skx", tlr2_TileKernel_avx512skx, kScalar16Fused, 16, true, HasAvx512},
+    KernelUnderTest{"scalar8", kScalar8, kScalar8, nullptr, 8, false, Always},
+    KernelUnderTest{"scalar16", kScalar16, kScalar16, nullptr, 16, false, Always},
+    KernelUnderTest{"scalar16fused", kScalar16Fused, kScalar16Fused, nullptr, 16, true, Always},
+    KernelUnderTest{"sse4", tlr2_TileKernel_sse4, kScalar8, tlr2_ClearingTileKernel_sse4, 8, false, HasSse41},
+    KernelUnderTest{"avx", tlr2_TileKernel_avx, kScalar16, tlr2_ClearingTileKernel_avx, 16, false, HasAvx},
+    KernelUnderTest{"avx2", tlr2_TileKernel_avx2, kScalar16Fused, tlr2_ClearingTileKernel_avx2, 16, true, HasAvx2},
+    KernelUnderTest{"avx512skx", tlr2_TileKernel_avx512skx, kScalar16Fused, tlr2_ClearingTileKernel_avx512skx, 16, true,
+                    HasAvx512},
 #if TLR2_EMULATED_AVX512
-    KernelUnderTest{"avx512emulated", tlr2_TileKernel_avx512emulated, kScalar16Fused, 16, true, HasAvx2},
+    KernelUnderTest{"avx512emulated", tlr2_TileKernel_avx512emulated, kScalar16Fused,
+                    tlr2_ClearingTileKernel_avx512emulated, 16, true, HasAvx2},
 #endif
 };
 

@@ -10,7 +10,8 @@ namespace tlr2::judge {
 struct KernelUnderTest {
   const char* name;
   TileKernelFn run;
-  TileKernelFn scalar;  // the scalar form that `run` must equal byte for byte
+  TileKernelFn scalar;            // the scalar form that `run` must equal byte for byte
+  ClearingTileKernelFn clearing;  // of `run`; the scalar variants have none
   int lanes;
   bool fused;
   bool (*supported)();

@@ -34,19 +34,40 @@
 #include "kernels/body/step.h"
 // clang-format on
 
-namespace tlr2 {
+#define TLR2_JOIN_NAMES(name, target) name##_##target
+#define TLR2_OF_TARGET(name, target) TLR2_JOIN_NAMES(name, target)
 
-extern "C" void TLR2_TILE_KERNEL(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
-                                 std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount,
-                                 float* hizCell) {
-  if (entryCount <= 0) return;
-  const float bound = ScanBound(args->triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
+namespace tlr2 {
+namespace {
+
+[[gnu::noinline]] void DrawTile(const KernelFrameArgs& args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
+                                std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount, float* hizCell,
+                                const TileClears& clears) {
+  const float bound = ScanBound(args.triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
   *hizCell = bound;
   for (std::int32_t y = y0; y < y1; y += kStepRows) {
     Tile tile;
     StartTile(tile, x0, y, x1, y1);
-    DrawStep(*args, entries, entryCount, bound, tile);
+    StartCleared(tile, clears);
+    DrawStep(args, entries, entryCount, bound, tile);
   }
+}
+
+}  // namespace
+
+extern "C" void TLR2_OF_TARGET(tlr2_TileKernel, TLR2_KERNEL_TARGET)(const KernelFrameArgs* args, std::int32_t x0,
+                                                                    std::int32_t y0, std::int32_t x1, std::int32_t y1,
+                                                                    const std::uint32_t* entries,
+                                                                    std::int32_t entryCount, float* hizCell) {
+  constexpr TileClears kNone;
+  if (entryCount > 0) DrawTile(*args, x0, y0, x1, y1, entries, entryCount, hizCell, kNone);
+}
+
+extern "C" void TLR2_OF_TARGET(tlr2_ClearingTileKernel,
+                               TLR2_KERNEL_TARGET)(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0,
+                                                   std::int32_t x1, std::int32_t y1, const std::uint32_t* entries,
+                                                   std::int32_t entryCount, float* hizCell, const TileClears* clears) {
+  DrawTile(*args, x0, y0, x1, y1, entries, entryCount, hizCell, *clears);
 }
 
 }  // namespace tlr2

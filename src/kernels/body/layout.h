@@ -55,6 +55,22 @@ LANE_FN void StartTile(Tile& tile, std::int32_t x0, std::int32_t y0, std::int32_
   }
 }
 
+/// Takes pixels that are to be cleared as they will be then; all of them are to be stored.
+LANE_FN void StartCleared(Tile& tile, const TileClears& clears) {
+  if (clears.color) {
+    for (Ints& c : tile.color) c = Splat(static_cast<std::int32_t>(clears.colorValue));
+    tile.colorHeld = true;
+  }
+  if (clears.depth) {
+    float depth;
+    __builtin_memcpy(&depth, &clears.depthBits, sizeof depth);
+    for (Floats& d : tile.depth) d = FromBits(Ints{Splat(static_cast<std::int32_t>(clears.depthBits))});
+    tile.depthLoaded = tile.depthDirty = true;
+    tile.range = {depth, depth};
+    tile.rangeKnown = depth == depth;
+  }
+}
+
 /// Byte offsets of a plane's pixels from the step's first pixel.
 LANE_FN Ints PixelOffsets(int plane, std::uint32_t strideBytes) {
   const std::int32_t stride = static_cast<std::int32_t>(strideBytes);

@@ -1,5 +1,5 @@
 // The avx target of the tile kernel.
-#define TLR2_TILE_KERNEL tlr2_TileKernel_avx
+#define TLR2_KERNEL_TARGET avx
 #include "kernels/lanes/avx.h"
 
 #include "kernels/body/kernel.h"

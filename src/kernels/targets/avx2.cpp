@@ -1,5 +1,5 @@
 // The avx2 target of the tile kernel.
-#define TLR2_TILE_KERNEL tlr2_TileKernel_avx2
+#define TLR2_KERNEL_TARGET avx2
 #include "kernels/lanes/avx2.h"
 
 #include "kernels/body/kernel.h"

@@ -1,5 +1,5 @@
 // The avx512skx target of the tile kernel.
-#define TLR2_TILE_KERNEL tlr2_TileKernel_avx512skx
+#define TLR2_KERNEL_TARGET avx512skx
 #include "kernels/lanes/avx512skx.h"
 
 #include "kernels/body/kernel.h"

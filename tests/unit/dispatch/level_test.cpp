@@ -1,6 +1,7 @@
 // The level and target that processor facts lead to, and what the entries do with them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 #include <vector>
 
@@ -129,6 +130,18 @@ TEST(Dispatch, KernelOfTargetOrTheAutoEntry) {
   for (const std::int32_t other : {-1, 4, 1000, -2147483647}) EXPECT_EQ(KernelForTarget(other), tlr2_TileKernel);
 }
 
+TEST(Dispatch, ClearingFormOfItsOwnKernelsAlone) {
+  EXPECT_EQ(ClearingForm(tlr2_TileKernel_sse4), tlr2_ClearingTileKernel_sse4);
+  EXPECT_EQ(ClearingForm(tlr2_TileKernel_avx), tlr2_ClearingTileKernel_avx);
+  EXPECT_EQ(ClearingForm(tlr2_TileKernel_avx2), tlr2_ClearingTileKernel_avx2);
+  EXPECT_EQ(ClearingForm(tlr2_TileKernel_avx512skx), tlr2_ClearingTileKernel_avx512skx);
+  EXPECT_EQ(ClearingForm(tlr2_TileKernel), tlr2_ClearingTileKernel);
+  const TileKernelFn foreign = [](const KernelFrameArgs*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                                  const std::uint32_t*, std::int32_t, float*) {};
+  EXPECT_EQ(ClearingForm(foreign), nullptr);
+  EXPECT_EQ(ClearingForm(nullptr), nullptr);
+}
+
 CpuFacts OfThisProcessor() {
   const CpuidResult leaf1 = Cpuid(1, 0), leaf7 = Cpuid(7, 0);
   const std::uint32_t sub1 = leaf7.eax >= 1 ? Cpuid(7, 1).eax : 0;
@@ -147,6 +160,14 @@ struct Call {
   float cell = 1.0f;
 
   void Run(TileKernelFn kernel, std::int32_t count) {
+    Run([kernel](const auto&... arguments) { kernel(arguments...); }, count);
+  }
+  void Run(ClearingTileKernelFn kernel, std::int32_t count) {
+    const TileClears clears = {.color = true, .depth = true, .colorValue = 0x55667788u, .depthBits = 0x3F000000u};
+    Run([kernel, &clears](const auto&... arguments) { kernel(arguments..., &clears); }, count);
+  }
+  template <typename Kernel>
+  void Run(const Kernel& kernel, std::int32_t count) {
     TriangleRecord t = {};
     const float x[3] = {-1.3f, 9.1f, 2.7f}, y[3] = {-3.2f, 1.9f, 12.4f}, z[3] = {0.25f, 0.5f, 0.75f};
     for (int i = 0; i < 3; ++i) {
@@ -183,6 +204,19 @@ TEST(Dispatch, AutoEntryDrawsAsItsTarget) {
   EXPECT_EQ(automatic.depth, direct.depth);
   EXPECT_EQ(automatic.cell, direct.cell);
   EXPECT_NE(automatic.color, Call().color);
+}
+
+TEST(Dispatch, AutoClearingEntryClearsAndDrawsAsItsTarget) {
+  Call automatic, direct;
+  automatic.Run(tlr2_ClearingTileKernel, 1);
+  direct.Run(ClearingForm(KernelForTarget(Target(OfThisProcessor()))), 1);
+  EXPECT_EQ(automatic.color, direct.color);
+  EXPECT_EQ(automatic.depth, direct.depth);
+  EXPECT_EQ(automatic.cell, direct.cell);
+  EXPECT_EQ(std::count(direct.color.begin(), direct.color.end(), 0x11223344u), 0);
+  EXPECT_NE(std::count(direct.color.begin(), direct.color.end(), 0x55667788u), 0);
+  EXPECT_NE(std::count(direct.color.begin(), direct.color.end(), 0x55667788u), 64);
+  EXPECT_EQ(std::count(direct.depth.begin(), direct.depth.end(), 1.0f), 0);
 }
 
 TEST(Dispatch, AutoEntryForwardsAnEmptyListUntouched) {

@@ -1,8 +1,10 @@
 // What a frame chooses from the settings as they stand, and what it notes of itself, over the real kernels.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "api/state/driver_state.h"
@@ -69,6 +71,44 @@ TEST_F(FrameChoices, TheForcedTargetIsReadOnEachFrame) {
     const std::int32_t target = word >= 1 && word <= 4 && IsaSupported(word - 1) ? word - 1 : -1;
     Settings().forceIsa = word;
     EXPECT_EQ(DepthsWith(nullptr), DepthsWith(KernelForTarget(target))) << word;
+  }
+}
+
+/// A kernel that clears nothing by itself.
+void PlainKernel(const KernelFrameArgs* args, std::int32_t x0, std::int32_t y0, std::int32_t x1, std::int32_t y1,
+                 const std::uint32_t* entries, std::int32_t count, float* hizCell) {
+  tlr2_TileKernel(args, x0, y0, x1, y1, entries, count, hizCell);
+}
+
+TEST_F(FrameChoices, TilesAreClearedWhoeverClearsThem) {
+  // Most tiles drawn into, some in part, some not at all.
+  AddSlope();
+  DriverStateInstance().triangles[0].x[1] = 90.0f;
+  const auto render = [&](TileKernelFn kernel, bool clearColor, bool clearDepth) {
+    DriverState& state = DriverStateInstance();
+    for (std::size_t i = 0; i < color.size(); ++i) {
+      color[i] = static_cast<std::uint32_t>(i) * 0x10203u;
+      depth[i] = 0.2f + 0.0001f * static_cast<float>(i);
+    }
+    for (float& bound : state.hizTable) bound = 1.0f;
+    state.pendingColorClear = clearColor;
+    state.pendingColorClearValue = 0xFF123456u;
+    state.pendingDepthClear = clearDepth;
+    state.pendingDepthClearValue = 0.5f;
+    Render({kernel, 0});
+    EXPECT_EQ(state.pendingColorClear + state.pendingDepthClear, 0);
+    return std::pair(color, depth);
+  };
+  for (int clears = 0; clears < 4; ++clears) {
+    const auto byKernel = render(nullptr, (clears & 1) != 0, (clears & 2) != 0);
+    const auto byTask = render(PlainKernel, (clears & 1) != 0, (clears & 2) != 0);
+    EXPECT_EQ(byKernel, byTask) << clears;
+    const auto cleared = std::count(byKernel.first.begin(), byKernel.first.end(), 0xFF123456u);
+    const auto far = std::count(byKernel.second.begin(), byKernel.second.end(), 0.5f);
+    EXPECT_EQ(cleared > 64, (clears & 1) != 0);
+    EXPECT_EQ(far > 64, (clears & 2) != 0);
+    EXPECT_LT(cleared, kSide * kSide);
+    EXPECT_LT(far, kSide * kSide);
   }
 }
 
