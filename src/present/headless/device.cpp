@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -26,7 +27,7 @@ constexpr std::uint64_t kMostPitch = 0x7FFFFFFFu;  // a pitch is a 32-bit word: 
 struct PresentDevice {
   void* window = nullptr;  // a handle: the window may end before its contexts do
   DeviceSize size = {};
-  std::unique_ptr<std::uint32_t[]> buffer[kBufferCount];
+  ColorBuffer buffer[kBufferCount];
   std::uint32_t rowPitch[kBufferCount] = {};
   int index = 0;
   bool mapped = false;
@@ -67,8 +68,9 @@ PresentDevice* DeviceInit(void* window, const DeviceSize& size) {
     const bool fits = pitch <= kMostPitch && static_cast<std::uint64_t>(size.renderHeight) <= PTRDIFF_MAX / pitch;
     if (fits && !found->failInit) {
       device->rowPitch[i] = static_cast<std::uint32_t>(pitch);
-      const std::size_t words = static_cast<std::size_t>(pitch / 4) * static_cast<std::size_t>(size.renderHeight);
-      device->buffer[i].reset(new (std::nothrow) std::uint32_t[words]());
+      const std::size_t bytes = static_cast<std::size_t>(pitch) * static_cast<std::size_t>(size.renderHeight);
+      device->buffer[i].reset(static_cast<std::uint32_t*>(AllocateBuffer(bytes)));
+      if (device->buffer[i] != nullptr) std::memset(device->buffer[i].get(), 0, bytes);
     }
     if (device->buffer[i] == nullptr) {
       TraceCall("TLR2::DxgiPresent::Init", "(step=%s, hr=0x%08X)", "CreateTexture2D(staging)", 0x8007000Eu);

@@ -56,7 +56,7 @@ HeadlessWindow* FindHeadlessWindow(void* handle) noexcept {
 }
 
 bool ShowInHeadlessWindow(void* handle, const ShownPicture& picture) noexcept {
-  std::unique_ptr<std::uint32_t[]> superseded;  // freed behind the lock
+  ColorBuffer superseded;  // freed behind the lock
   const LockHolder hold(windowsLock);
   HeadlessWindow* window = Find(handle);
   if (window == nullptr || window->failPresent) return false;
@@ -66,7 +66,7 @@ bool ShowInHeadlessWindow(void* handle, const ShownPicture& picture) noexcept {
   return true;
 }
 
-void KeepIfShown(void* handle, std::unique_ptr<std::uint32_t[]>& buffer) noexcept {
+void KeepIfShown(void* handle, ColorBuffer& buffer) noexcept {
   const LockHolder hold(windowsLock);
   // By its pixels: another device may have shown a picture there since, and a window may have the handle of an ended
   // one.

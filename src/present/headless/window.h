@@ -4,9 +4,16 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/buffer_memory.h"
 #include "present/postprocess.h"
 
 namespace tlr2 {
+
+struct BufferDeleter {
+  void operator()(std::uint32_t* buffer) const noexcept { FreeBuffer(buffer); }
+};
+/// Owned memory of AllocateBuffer.
+using ColorBuffer = std::unique_ptr<std::uint32_t[], BufferDeleter>;
 
 /// The picture last shown, as it was drawn. Nothing is copied when it is shown: a look at it copies it out of the
 /// colour buffer, adjusted by the constants of that moment. Two colour buffers alternate, so the device draws into this
@@ -21,7 +28,7 @@ struct ShownPicture {
 struct HeadlessWindow {
   std::int32_t clientWidth = 0, clientHeight = 0;
   ShownPicture shown;
-  std::unique_ptr<std::uint32_t[]> kept;  // the pixels of `shown`, once their device is gone
+  ColorBuffer kept;  // the pixels of `shown`, once their device is gone
   std::uint32_t pictureCount = 0;
   // Each lasts until it is cleared.
   bool failInit = false;     // no device
@@ -37,6 +44,6 @@ HeadlessWindow* FindHeadlessWindow(void* handle) noexcept;
 bool ShowInHeadlessWindow(void* handle, const ShownPicture& picture) noexcept;
 
 /// Before its owner frees a colour buffer: the window takes it if it is the one that it shows.
-void KeepIfShown(void* handle, std::unique_ptr<std::uint32_t[]>& buffer) noexcept;
+void KeepIfShown(void* handle, ColorBuffer& buffer) noexcept;
 
 }  // namespace tlr2
