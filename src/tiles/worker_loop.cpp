@@ -82,6 +82,16 @@ bool ClearAhead(const DriverState& state, const FrameTaskContext& frame, const M
   return any;
 }
 
+/// Asks for what FetchMicroTile reads of a macro tile, and for its depth bounds.
+void FetchMacroTile(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
+  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y) {
+    const TileEntryList* lists = state.tileLists.data() + MicroIndex(frame, macro.microX0, y);
+    __builtin_prefetch(lists);
+    __builtin_prefetch(reinterpret_cast<const char*>(lists) + 64);
+    PrefetchToWrite(state.hizTable.data() + MicroIndex(frame, macro.microX0, y));
+  }
+}
+
 /// Asks for what a micro tile of the task will touch, so that its lines are near when its turn comes: its rows lie
 /// whole pages apart, which no hardware prefetcher foresees. Pixels are asked for as lines to write: they are, and what
 /// the last frame's readers left shared would have to be asked for again at the first store.
@@ -105,6 +115,7 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
   const MacroTile macro = MicroRange(frame, tile);
   const bool clears = Any(frame.clears);
   if (clears && ClearAhead(state, frame, macro)) mark = ProfileMark();  // its time is the macro tile's own
+  FetchMacroTile(state, frame, next);
   ScopeSeries microScopes("tlr2::RasterizeTile", mark);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
