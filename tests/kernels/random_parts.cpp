@@ -222,8 +222,10 @@ void MakeTextures(RandomSource& random, RandomTile& tile) {
     tile.texels.resize(first[n] + words + 2);
     const std::uint32_t base = random.Word();
     const std::int32_t contrast = random.Pick({0, 1, 4, 10, 20, 60, 255});
+    const std::uint32_t alphas = random.Below(4);  // opaque, opaque but for some, as they come
     for (std::size_t i = first[n] - 2; i < tile.texels.size(); ++i) {
       tile.texels[i] = NearColor(random, base, contrast);
+      if (alphas == 0 || (alphas == 1 && !random.OneIn(12))) tile.texels[i] |= 0xFF000000u;
     }
     if (random.OneIn(32)) {
       switch (random.Below(3)) {

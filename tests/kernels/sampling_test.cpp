@@ -123,6 +123,38 @@ TEST_P(Sampling, BilinearWeighsTheFourNeighbours) {
   EXPECT_EQ(RedAt(texture, 2, 0.25f, 0.375f), 32u);  // wy = 0.25: 10 * 0.75 + 101 * 0.25 = 32.75
 }
 
+TEST_P(Sampling, EveryFootprintOfARepeatingTextureHasItsFourTexels) {
+  const auto red = [](int x, int y) {  // a quarter of four neighbours' sum is half past an integer
+    return static_cast<std::uint32_t>(4 * ((x * 5 + y * 3) % 16) + (x % 2 == 0 && y % 2 == 0 ? 2 : 0));
+  };
+  std::vector<std::uint32_t> texels;
+  for (int y = 0; y < 4; ++y) {
+    for (int x = 0; x < 8; ++x) texels.push_back(red(x, y) << 16);
+  }
+  const std::uint32_t texture = picture.AddTexture(8, 4, texels, false);
+  for (int y = -4; y < 8; ++y) {
+    for (int x = -8; x < 16; ++x) {  // between the texel at its left and itself
+      const int left = (x + 15) % 8, right = (x + 16) % 8, upper = (y + 7) % 4, lower = (y + 8) % 4;
+      const std::uint32_t sum = red(left, upper) + red(right, upper) + red(left, lower) + red(right, lower);
+      EXPECT_EQ(RedAt(texture, 2, static_cast<float>(x) / 8, static_cast<float>(y) / 4), sum / 4) << x << ' ' << y;
+    }
+  }
+}
+
+TEST_P(Sampling, AmongOpaqueTexelsOneThatIsNotHasItsShareOfAlpha) {
+  for (std::size_t clear = 0; clear < 4; ++clear) {
+    std::vector<std::uint32_t> texels(4, 0xFF808080u);
+    texels[clear] = 0x0D808080u;
+    const std::uint32_t texture = picture.AddTexture(2, 2, texels, true, 0xFFFFFFFFu);
+    TriangleRecord tri = Ramp();
+    SetTexture(tri, texture, 2, 0.5f, 0.0f, 0.5f);
+    picture.Fill(0);
+    picture.Add(tri);
+    picture.Draw(GetParam());
+    EXPECT_EQ(picture.Pixel(3, 3) >> 24, 194u) << clear;  // 778 / 4
+  }
+}
+
 TEST_P(Sampling, BilinearKnowsNoLevels) {
   const std::uint32_t texture = AddChain(16, {99, 1, 1, 1, 1}, false);
   TriangleRecord tri = Ramp();

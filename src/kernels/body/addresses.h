@@ -51,5 +51,36 @@ LANE_FN const void* Texels(const TextureCacheEntry& entry) {
   return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(entry.texels[0]));
 }
 
+/// A level in which most footprints need no wrapping of their own: its rows are whole texels apart, and where it
+/// repeats, its sizes are powers of two.
+struct PlainLevel {
+  FloatsPart width, height;
+  IntsPart columnBits, rowBits;  // what repeating leaves of a coordinate; where it clamps, all of it
+  IntsPart lastColumn, lastRow;  // at which a footprint still ends inside the level
+  IntsPart stride;               // in texels
+  std::ptrdiff_t strideBytes;
+  const char* texels;
+};
+
+/// Returns whether the level is one.
+LANE_FN bool FindPlainLevel(const TextureCacheEntry& entry, std::int32_t level, PlainLevel& plain) {
+  const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
+  const std::int32_t columns = entry.levelWidth[level], rows = entry.levelHeight[level];
+  const std::int32_t stride = entry.levelStrideBytes[level], offset = entry.levelOffsetBytes[level];
+  const auto fits = [](bool clamp, std::int32_t size)
+                        __attribute__((always_inline)) { return size >= 2 && (clamp || (size & (size - 1)) == 0); };
+  if (!fits(clampS, columns) || !fits(clampT, rows) || ((stride | offset) & 3) != 0) return false;
+  plain.width = Splat(static_cast<float>(columns));
+  plain.height = Splat(static_cast<float>(rows));
+  plain.columnBits = Splat(clampS ? -1 : columns - 1);
+  plain.rowBits = Splat(clampT ? -1 : rows - 1);
+  plain.lastColumn = Splat(columns - 2);
+  plain.lastRow = Splat(rows - 2);
+  plain.stride = Splat(stride / 4);
+  plain.strideBytes = stride;
+  plain.texels = static_cast<const char*>(Texels(entry)) + offset;
+  return true;
+}
+
 }  // namespace
 }  // namespace tlr2

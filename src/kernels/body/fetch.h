@@ -35,37 +35,63 @@ struct Footprint {
   IntsPart t00, t10, t01, t11;  // first digit the column, second the row
 };
 
-/// Where they lie, in bytes from level 0.
-struct Places {
-  IntsPart upperLeft, lowerLeft, upperRight, lowerRight;
-  bool pairs;  // in no lane does a wrap part the columns: the right texels lie behind the left ones
+/// How the texels of a unit's footprints lie.
+enum class Form : unsigned {
+  kSquares,  // nothing wraps: two texels of a row, and as many in the next row
+  kPairs,    // in no lane does a wrap part the columns: the right texels lie behind the left ones
+  kSingles,
 };
 
-LANE_FN void Locate(bool clampS, bool clampT, const Level& level, IntsPart x0, IntsPart y0, Places& places) {
+/// Where they lie. Of squares only the upper left texels are told, in texels from both rows; else all is in bytes from
+/// the first texel.
+struct Places {
+  IntsPart upperLeft, lowerLeft, upperRight, lowerRight;
+  const char *upper, *lower;
+  Form form;
+};
+
+LANE_FN void Locate(const TextureCacheEntry& entry, const Level& level, IntsPart x0, IntsPart y0, Places& places) {
+  const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
   const IntsPart one = Splat(1);
   const IntsPart left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
   const IntsPart upper = RowOffset(level, Wrap(clampT, y0, level.rows));
   const IntsPart lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
+  places.upper = static_cast<const char*>(Texels(entry));
   places.upperLeft = TexelOffset(upper, left);
   places.lowerLeft = TexelOffset(lower, left);
-  places.pairs = All(Equal(right, Add(left, one)));
-  if (places.pairs) return;
+  const bool pairs = All(Equal(right, Add(left, one)));
+  places.form = pairs ? Form::kPairs : Form::kSingles;
+  if (pairs) return;
   places.upperRight = TexelOffset(upper, right);
   places.lowerRight = TexelOffset(lower, right);
 }
 
-LANE_FN Footprint Fetch(const void* texels, const Places& places) {
+/// As squares, whether or not they are. Returns 0 if they are.
+LANE_FN unsigned LocateSquares(const PlainLevel& level, IntsPart x0, IntsPart y0, Places& places) {
+  const IntsPart x = And(x0, level.columnBits), y = And(y0, level.rowBits);
+  places.upperLeft = Add(Mul(y, level.stride), x);
+  places.upper = level.texels;
+  places.lower = level.texels + level.strideBytes;
+  return NegativeLanes(Or(Or(x, Sub(level.lastColumn, x)), Or(y, Sub(level.lastRow, y))));
+}
+
+LANE_FN Footprint Fetch(const Places& places) {
   Footprint f;
-  if (places.pairs) {
-    // Both columns lie in one 8-byte load.
-    GatherPairs(texels, places.upperLeft, f.t00, f.t10);
-    GatherPairs(texels, places.lowerLeft, f.t01, f.t11);
-    return f;
+  switch (places.form) {
+    case Form::kSquares:
+      GatherSquares(places.upper, places.lower, places.upperLeft, f.t00, f.t10, f.t01, f.t11);
+      break;
+    case Form::kPairs:
+      GatherPairs(places.upper, places.upperLeft, f.t00, f.t10);
+      GatherPairs(places.upper, places.lowerLeft, f.t01, f.t11);
+      break;
+    case Form::kSingles:
+      f.t00 = Gather(places.upper, places.upperLeft);
+      f.t01 = Gather(places.upper, places.lowerLeft);
+      f.t10 = Gather(places.upper, places.upperRight);
+      f.t11 = Gather(places.upper, places.lowerRight);
+      break;
   }
-  f.t00 = Gather(texels, places.upperLeft);
-  f.t01 = Gather(texels, places.lowerLeft);
-  f.t10 = Gather(texels, places.upperRight);
-  f.t11 = Gather(texels, places.lowerRight);
   return f;
 }
 

@@ -37,9 +37,18 @@ LANE_FN PartColor ToByteScale(const PartColor& c) { return Scale(c, 255.0f); }
   }
 }
 
-template <int Byte>
+/// A unit's footprints in one level, and what their texels weigh.
+struct Corners {
+  Places places;
+  FloatsPart weight[4];
+};
+
+template <bool kOpaque, int Byte>
 LANE_FN FloatsPart BlendChannel(const Footprint& f, const FloatsPart (&weight)[4]) {
-  const auto unit = [](IntsPart words) __attribute__((always_inline)) { return ByteTimes<Byte>(words, kByteScale); };
+  const auto unit = [](IntsPart words) __attribute__((always_inline)) {
+    if constexpr (kOpaque) return OpaqueByteTimes<Byte>(words, kByteScale);
+    return ByteTimes<Byte>(words, kByteScale);
+  };
   FloatsPart sum = Mul(unit(f.t10), weight[0]);
   sum = MulAdd(unit(f.t00), weight[1], sum);
   sum = MulAdd(unit(f.t11), weight[2], sum);
@@ -47,95 +56,149 @@ LANE_FN FloatsPart BlendChannel(const Footprint& f, const FloatsPart (&weight)[4
 }
 
 /// On the scale 0 to 1.
-LANE_FN PartColor BlendFootprint(const Footprint& f, const FloatsPart (&weight)[4]) {
-  return {BlendChannel<2>(f, weight), BlendChannel<1>(f, weight), BlendChannel<0>(f, weight),
-          BlendChannel<3>(f, weight)};
+LANE_FN PartColor BlendCorners(const Corners& corners) {
+  const Footprint f = Fetch(corners.places);
+  const FloatsPart(&weight)[4] = corners.weight;
+  if (HighestBytesFull(And(And(f.t00, f.t10), And(f.t01, f.t11)))) {
+    static_assert(255 * kByteScale == 1, "an opaque texel's alpha times its weight is the weight");
+    const FloatsPart alpha = Add(Add(Add(weight[0], weight[1]), weight[2]), weight[3]);
+    return {BlendChannel<true, 2>(f, weight), BlendChannel<true, 1>(f, weight), BlendChannel<true, 0>(f, weight),
+            alpha};
+  }
+  return {BlendChannel<false, 2>(f, weight), BlendChannel<false, 1>(f, weight), BlendChannel<false, 0>(f, weight),
+          BlendChannel<false, 3>(f, weight)};
 }
 
-/// A unit's footprint in one level, and what its texels weigh.
-struct Corners {
-  Places places;
-  FloatsPart weight[4];
+/// A unit's upper left texels in one level, whole numbers, and what the four texels weigh.
+struct TexelPlace {
+  FloatsPart column, row;
+
+  LANE_FN TexelPlace(FloatsPart s, FloatsPart t, FloatsPart width, FloatsPart height, FloatsPart (&weight)[4]) {
+    const FloatsPart half = Splat(0.5f), one = Splat(1.0f);
+    const FloatsPart fs = MulSub(s, width, half), ft = MulSub(t, height, half);
+    column = Floor(fs);
+    row = Floor(ft);
+    const FloatsPart wx = Sub(fs, column), wy = Sub(ft, row);
+    const FloatsPart vx = Sub(one, wx), vy = Sub(one, wy);
+    weight[0] = Mul(wx, vy);
+    weight[1] = Mul(vx, vy);
+    weight[2] = Mul(wx, wy);
+    weight[3] = Mul(vx, wy);
+  }
 };
 
 LANE_FN void FindCorners(const TextureCacheEntry& entry, const Level& level, FloatsPart s, FloatsPart t,
                          Corners& corners) {
-  const FloatsPart half = Splat(0.5f), one = Splat(1.0f);
-  const FloatsPart fs = MulSub(s, level.width, half), ft = MulSub(t, level.height, half);
-  const FloatsPart column = Floor(fs), row = Floor(ft);
-  Locate(entry.wrapClampS == 1, entry.wrapClampT == 1, level, Truncate(column), Truncate(row), corners.places);
-  const FloatsPart wx = Sub(fs, column), wy = Sub(ft, row);
-  const FloatsPart vx = Sub(one, wx), vy = Sub(one, wy);
-  corners.weight[0] = Mul(wx, vy);
-  corners.weight[1] = Mul(vx, vy);
-  corners.weight[2] = Mul(wx, wy);
-  corners.weight[3] = Mul(vx, wy);
+  const TexelPlace at(s, t, level.width, level.height, corners.weight);
+  Locate(entry, level, Truncate(at.column), Truncate(at.row), corners.places);
 }
 
-[[gnu::noinline]] void SampleBilinear(const TextureCacheEntry& entry, int count, Samples& samples) {
-  const Level level = UniformLevel(entry, 0);
-  const void* texels = Texels(entry);
-  Corners corners[kUnits];
-  for (int i = 0; i < count; ++i) FindCorners(entry, level, samples.s[i], samples.t[i], corners[i]);
-  for (int i = 0; i < count; ++i) {
-    samples.texel[i] = ToByteScale(BlendFootprint(Fetch(texels, corners[i].places), corners[i].weight));
+/// Units `first` to before `end`, all in one level.
+[[gnu::noinline]] void FindCornersInLevel(const TextureCacheEntry& entry, std::int32_t level, const Samples& samples,
+                                          int first, int end, Corners* corners) {
+  PlainLevel plain;
+  unsigned wrapped[kUnits], anyWrapped = 1;
+  if (FindPlainLevel(entry, level, plain)) {
+    anyWrapped = 0;
+    for (int i = first; i < end; ++i) {
+      const TexelPlace at(samples.s[i], samples.t[i], plain.width, plain.height, corners[i].weight);
+      wrapped[i] = LocateSquares(plain, Truncate(at.column), Truncate(at.row), corners[i].places);
+      corners[i].places.form = Form::kSquares;
+      anyWrapped |= wrapped[i];
+    }
+  } else {
+    for (int i = first; i < end; ++i) wrapped[i] = 1;
+  }
+  if (anyWrapped == 0) return;
+  const Level uniform = UniformLevel(entry, level);
+  for (int i = first; i < end; ++i) {
+    if (wrapped[i] != 0) FindCorners(entry, uniform, samples.s[i], samples.t[i], corners[i]);
   }
 }
 
-/// Footprint of each lane in texels of level 0, from its horizontal and vertical neighbours two pixels away.
+[[gnu::noinline]] void SampleBilinear(const TextureCacheEntry& entry, int count, Samples& samples) {
+  Corners corners[kUnits];
+  FindCornersInLevel(entry, 0, samples, 0, count, corners);
+  for (int i = 0; i < count; ++i) samples.texel[i] = ToByteScale(BlendCorners(corners[i]));
+}
+
+/// Footprint of each lane in texels of level 0, from its horizontal and vertical neighbours two pixels away: half the
+/// distance to them times the size. The half goes with the size, which is exact. Never less than 0.
 LANE_FN FloatsPart FootprintSize(const TextureCacheEntry& entry, FloatsPart s, FloatsPart t) {
-  const FloatsPart half = Splat(0.5f);
-  const FloatsPart w = Splat(static_cast<float>(entry.levelWidth[0])),
-                   h = Splat(static_cast<float>(entry.levelHeight[0]));
-  const auto span = [half](FloatsPart neighbour, FloatsPart own, FloatsPart size)
-                        __attribute__((always_inline)) { return Mul(Abs(Mul(Sub(neighbour, own), half)), size); };
+  const FloatsPart w = Splat(static_cast<float>(entry.levelWidth[0]) * 0.5f),
+                   h = Splat(static_cast<float>(entry.levelHeight[0]) * 0.5f);
+  const auto span = [](FloatsPart neighbour, FloatsPart own, FloatsPart size)
+                        __attribute__((always_inline)) { return Mul(Abs(Sub(neighbour, own)), size); };
   const FloatsPart ax = Max(span(ReverseGroups(s), s, w), span(ReverseGroups(t), t, h));
   const FloatsPart ay = Max(span(SwapGroupHalves(s), s, w), span(SwapGroupHalves(t), t, h));
   return Max(ax, ay);
 }
 
-LANE_FN void FindLevelCorners(const TextureCacheEntry& entry, IntsPart level, FloatsPart s, FloatsPart t,
-                              Corners& corners) {
-  const std::int32_t first = FirstLane(level);
-  FindCorners(entry, All(Equal(level, Splat(first))) ? UniformLevel(entry, first) : GatheredLevel(entry, level), s, t,
-              corners);
+/// The two levels that lie around a footprint whose size has the logarithm `raw`.
+LANE_FN IntsPart NearLevel(IntsPart raw) { return Min(Max(raw, Splat(0)), Splat(15)); }
+LANE_FN IntsPart FarLevel(IntsPart raw) { return Add(Min(Max(raw, Splat(-1)), Splat(14)), Splat(1)); }
+LANE_FN std::int32_t NearLevel(std::int32_t raw) { return raw < 0 ? 0 : raw > 15 ? 15 : raw; }
+LANE_FN std::int32_t FarLevel(std::int32_t raw) { return (raw < -1 ? -1 : raw > 14 ? 14 : raw) + 1; }
+
+/// Both levels' corners of units that do not all lie in the same ones.
+[[gnu::noinline]] void FindMixedCorners(const TextureCacheEntry& entry, const IntsPart* raw, int count,
+                                        const Samples& samples, Corners* near, Corners* far) {
+  for (int i = 0; i < count; ++i) {
+    const std::int32_t first = FirstLane(raw[i]);
+    if (All(Equal(raw[i], Splat(first)))) {
+      FindCornersInLevel(entry, NearLevel(first), samples, i, i + 1, near);
+      FindCornersInLevel(entry, FarLevel(first), samples, i, i + 1, far);
+    } else {
+      FindCorners(entry, GatheredLevel(entry, NearLevel(raw[i])), samples.s[i], samples.t[i], near[i]);
+      FindCorners(entry, GatheredLevel(entry, FarLevel(raw[i])), samples.s[i], samples.t[i], far[i]);
+    }
+  }
 }
 
 /// Blends two neighbouring levels by the footprint. Levels past the chain's end hold zeros and are worked on all the
 /// same.
 [[gnu::noinline]] void SampleTrilinear(const TextureCacheEntry& entry, int count, Samples& samples) {
-  const void* texels = Texels(entry);
-  const FloatsPart zero = Splat(0.0f), limit = Splat(0x1p60f);
-  Corners near[kUnits], far[kUnits];
+  if (count == 0) return;
+  const FloatsPart zero = Splat(0.0f), one = Splat(1.0f);
+  IntsPart raw[kUnits], least = Splat(0x7FFFFFFF), most = Splat(-0x7FFFFFFF);
   FloatsPart weight[kUnits];  // of the second level
   bool single[kUnits];        // whether it counts for nothing
+  bool allSingle = true;
   for (int i = 0; i < count; ++i) {
     const FloatsPart s = samples.s[i], t = samples.t[i];
     const FloatsPart rho = FootprintSize(entry, s, t);
-    const IntsPart exponent = And(ShiftRight<23>(Bits(Floor(rho))), Splat(0xFF));
-    const IntsPart raw = Add(Sub(Max(exponent, Splat(127)), Splat(127)), Splat(entry.baseLevel));
-    const IntsPart level0 = Min(Max(raw, Splat(0)), Splat(15));
-    const FloatsPart power = FromBits(ShiftLeft<23>(Add(level0, Splat(127))));
-    weight[i] = Max(zero, Div(Sub(rho, power), power));
-    FindLevelCorners(entry, level0, s, t, near[i]);
-    // With weight 0 everywhere the second level adds zeros, as long as it is finite: as all coordinates are far from
-    // where scaling by a width overflows.
-    single[i] = All(And(Equal(weight[i], zero), And(Less(Abs(s), limit), Less(Abs(t), limit))));
-    if (single[i]) continue;
-    const IntsPart level1 = Add(Min(Max(raw, Splat(-1)), Splat(14)), Splat(1));
-    FindLevelCorners(entry, level1, s, t, far[i]);
+    raw[i] = Add(Max(ShiftRight<23>(Bits(rho)), Splat(127)), Splat(entry.baseLevel - 127));
+    least = Min(least, raw[i]);
+    most = Max(most, raw[i]);
+    // How far it lies beyond the level's power of two, over that power; its inverse is exact.
+    const FloatsPart inverse = FromBits(ShiftLeft<23>(Sub(Splat(127), NearLevel(raw[i]))));
+    weight[i] = Max(zero, MulSub(rho, inverse, one));
+    single[i] = false;
+    if (All(Equal(weight[i], zero))) {
+      // The second level adds zeros, as long as it is finite: as all coordinates are far from where scaling by a width
+      // overflows.
+      const FloatsPart limit = Splat(0x1p60f);
+      single[i] = All(And(Less(Abs(s), limit), Less(Abs(t), limit)));
+    }
+    allSingle &= single[i];
   }
-  for (int i = 0; i < count; ++i) {
-    samples.texel[i] = BlendFootprint(Fetch(texels, near[i].places), near[i].weight);
+  Corners near[kUnits], far[kUnits];
+  const std::int32_t level = FirstLane(most);
+  if (All(And(Equal(least, Splat(level)), Equal(most, Splat(level))))) {
+    FindCornersInLevel(entry, NearLevel(level), samples, 0, count, near);
+    if (!allSingle) FindCornersInLevel(entry, FarLevel(level), samples, 0, count, far);
+  } else {
+    FindMixedCorners(entry, raw, count, samples, near, far);
   }
+  for (int i = 0; i < count; ++i) samples.texel[i] = BlendCorners(near[i]);
   for (int i = 0; i < count; ++i) {
-    const PartColor one = samples.texel[i];
-    PartColor both = one;
+    const PartColor first = samples.texel[i];
+    PartColor both = first;
     if (!single[i]) {
-      const PartColor other = BlendFootprint(Fetch(texels, far[i].places), far[i].weight);
-      const FloatsPart f = weight[i], g = Sub(Splat(1.0f), f);
-      both = {MulAdd(g, one.r, Mul(f, other.r)), MulAdd(g, one.g, Mul(f, other.g)), MulAdd(g, one.b, Mul(f, other.b)),
-              MulAdd(g, one.a, Mul(f, other.a))};
+      const PartColor second = BlendCorners(far[i]);
+      const FloatsPart f = weight[i], g = Sub(one, f);
+      both = {MulAdd(g, first.r, Mul(f, second.r)), MulAdd(g, first.g, Mul(f, second.g)),
+              MulAdd(g, first.b, Mul(f, second.b)), MulAdd(g, first.a, Mul(f, second.a))};
     }
     samples.texel[i] = ToByteScale(both);
   }

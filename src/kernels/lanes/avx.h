@@ -55,6 +55,9 @@ TLR2_HALVES(Max, _mm_max_epi32)
 LANE_FN IntsPart And(IntsPart x, IntsPart y) {
   return {_mm256_castps_si256(_mm256_and_ps(_mm256_castsi256_ps(x.v), _mm256_castsi256_ps(y.v)))};
 }
+LANE_FN IntsPart Or(IntsPart x, IntsPart y) {
+  return {_mm256_castps_si256(_mm256_or_ps(_mm256_castsi256_ps(x.v), _mm256_castsi256_ps(y.v)))};
+}
 template <int N>
 LANE_FN IntsPart ShiftLeft(IntsPart x) {
   return Join(_mm_slli_epi32(Low(x), N), _mm_slli_epi32(High(x), N));
@@ -73,9 +76,17 @@ LANE_FN MaskPart Equal(IntsPart x, IntsPart y) {
 // Across floats and integers.
 LANE_FN IntsPart Select(MaskPart m, IntsPart x, IntsPart y) { return Bits(Select(m, FromBits(x), FromBits(y))); }
 
+/// A bit for each lane that is less than 0.
+LANE_FN unsigned NegativeLanes(IntsPart x) {
+  return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(x.v)));
+}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(Low(x)); }
 
 // Colours.
+/// Whether the highest byte of each word is 255.
+LANE_FN bool HighestBytesFull(IntsPart words) {
+  return _mm256_testc_si256(words.v, _mm256_set1_epi32(static_cast<std::int32_t>(0xFF000000))) != 0;
+}
 LANE_FN __m128i PackQuarter(__m128i blue, __m128i green, __m128i red, __m128i alpha) {
   // Saturating to 16 and then to 8 bits clamps as the 32-bit clamp would, 0x80000000 to 0 included.
   return _mm_shuffle_epi8(_mm_packus_epi16(_mm_packs_epi32(blue, green), _mm_packs_epi32(red, alpha)),
@@ -105,26 +116,41 @@ LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
   Spill(o, byteOffsets);
   return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
 }
-/// Two lanes' words and the words right behind them.
-LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
-  return _mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + first))),
-                      reinterpret_cast<const __m64*>(base + second));
-}
 LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
   const std::int32_t* o = WordsOf(byteOffsets);
   return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
 }
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, const IntsPart& byteOffsets, IntsPart& first, IntsPart& second) {
-  const std::int32_t* o = WordsOf(byteOffsets);
-  const char* bytes = static_cast<const char*>(base);
-  // Lanes 0, 1, 4, 5 and lanes 2, 3, 6, 7: the shuffle then finds each lane's pair in the right 128 bits.
-  const __m256 low =
-      _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(bytes, o[0], o[1])), TwoPairs(bytes, o[4], o[5]), 1);
-  const __m256 high =
-      _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(bytes, o[2], o[3])), TwoPairs(bytes, o[6], o[7]), 1);
+/// Two lanes' words and the words right behind them.
+template <int kScale>
+LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
+  return _mm_loadh_pi(
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * kScale))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * kScale));
+}
+/// Four lanes' pairs: 0, 1, 4, 5 or 2, 3, 6, 7, so that a shuffle finds each lane's pair in the right 128 bits.
+template <int kScale>
+LANE_FN __m256 FourPairs(const char* base, const std::int32_t* o) {
+  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs<kScale>(base, o[0], o[1])),
+                              TwoPairs<kScale>(base, o[4], o[5]), 1);
+}
+LANE_FN void PartPairs(__m256 low, __m256 high, IntsPart& first, IntsPart& second) {
   first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
   second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
+}
+/// The words at byte offsets and the words right behind them.
+LANE_FN void GatherPairs(const void* base, const IntsPart& byteOffsets, IntsPart& first, IntsPart& second) {
+  const char* bytes = static_cast<const char*>(base);
+  const std::int32_t* o = WordsOf(byteOffsets);
+  PartPairs(FourPairs<1>(bytes, o), FourPairs<1>(bytes, o + 2), first, second);
+}
+/// The same from two bases, at offsets in words.
+LANE_FN void GatherSquares(const char* upper, const char* lower, const IntsPart& offsets, IntsPart& upperFirst,
+                           IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
+  const std::int32_t* o = WordsOf(offsets);
+  const __m256 upperLow = FourPairs<4>(upper, o), lowerLow = FourPairs<4>(lower, o);
+  const __m256 upperHigh = FourPairs<4>(upper, o + 2), lowerHigh = FourPairs<4>(lower, o + 2);
+  PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
+  PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN IntsPart GatherLive(const void* base, IntsPart byteOffsets, MaskPart live) {

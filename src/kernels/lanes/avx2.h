@@ -43,6 +43,7 @@ LANE_FN IntsPart Add(IntsPart x, IntsPart y) { return {_mm256_add_epi32(x.v, y.v
 LANE_FN IntsPart Sub(IntsPart x, IntsPart y) { return {_mm256_sub_epi32(x.v, y.v)}; }
 LANE_FN IntsPart Mul(IntsPart x, IntsPart y) { return {_mm256_mullo_epi32(x.v, y.v)}; }
 LANE_FN IntsPart And(IntsPart x, IntsPart y) { return {_mm256_and_si256(x.v, y.v)}; }
+LANE_FN IntsPart Or(IntsPart x, IntsPart y) { return {_mm256_or_si256(x.v, y.v)}; }
 LANE_FN IntsPart Min(IntsPart x, IntsPart y) { return {_mm256_min_epi32(x.v, y.v)}; }
 LANE_FN IntsPart Max(IntsPart x, IntsPart y) { return {_mm256_max_epi32(x.v, y.v)}; }
 template <int N>
@@ -59,9 +60,29 @@ LANE_FN MaskPart Equal(IntsPart x, IntsPart y) { return {_mm256_castsi256_ps(_mm
 // Across floats and integers.
 LANE_FN IntsPart Select(MaskPart m, IntsPart x, IntsPart y) { return Bits(Select(m, FromBits(x), FromBits(y))); }
 
+/// A bit for each lane that is less than 0.
+LANE_FN unsigned NegativeLanes(IntsPart x) {
+  return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(x.v)));
+}
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(_mm256_castsi256_si128(x.v)); }
 
 // Colours.
+/// Whether the highest byte of each word is 255.
+LANE_FN bool HighestBytesFull(IntsPart words) {
+  return _mm256_testc_si256(words.v, _mm256_set1_epi32(static_cast<std::int32_t>(0xFF000000))) != 0;
+}
+/// Byte `Byte` of each word, from the lowest, times `scale`, rounded once, of words whose highest byte is 255.
+template <int Byte>
+LANE_FN FloatsPart OpaqueByteTimes(IntsPart words, float scale) {
+  static_assert(Byte < 3);
+  // The byte b under the highest one, and nothing between, is the float -2^104 * (2^23 + b). Fused, the product less
+  // 2^23 times the factor is exact until it is rounded.
+  constexpr int lane = 0x03808000 | Byte, next = 0x04000004;
+  const __m256i order = _mm256_setr_epi32(lane, lane + next, lane + 2 * next, lane + 3 * next, lane, lane + next,
+                                          lane + 2 * next, lane + 3 * next);
+  const FloatsPart value = {_mm256_castsi256_ps(_mm256_shuffle_epi8(words.v, order))};
+  return MulSub(value, Splat(-0x1p-104f * scale), Splat(0x1p23f * scale));
+}
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, FloatsPart alpha) {
   // Saturating to 16 and then to 8 bits clamps as the 32-bit clamp would, 0x80000000 to 0 included.
@@ -76,10 +97,6 @@ LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, Fl
 /// Words at byte offsets, all lanes.
 LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
   return {_mm256_i32gather_epi32(static_cast<const int*>(base), byteOffsets.v, 1)};
-}
-LANE_FN __m128i TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
-  return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + first)),
-                            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + second)));
 }
 /// Lanes where they lie in memory: an offset loaded from there costs less than one taken out of a register.
 LANE_FN const std::int32_t* WordsOf(const IntsPart& x) { return reinterpret_cast<const std::int32_t*>(&x); }
@@ -96,18 +113,38 @@ LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
   const __m128i high = _mm_unpacklo_epi64(TwoWords(bytes, o[4], o[5]), TwoWords(bytes, o[6], o[7]));
   return {_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
+/// Two lanes' words and the words right behind them.
+template <int kScale>
+LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
+  return _mm_loadh_pi(
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * kScale))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * kScale));
+}
+/// Four lanes' pairs: 0, 1, 4, 5 or 2, 3, 6, 7, so that a shuffle finds each lane's pair in the right 128 bits.
+template <int kScale>
+LANE_FN __m256 FourPairs(const char* base, const std::int32_t* o) {
+  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs<kScale>(base, o[0], o[1])),
+                              TwoPairs<kScale>(base, o[4], o[5]), 1);
+}
+LANE_FN void PartPairs(__m256 low, __m256 high, IntsPart& first, IntsPart& second) {
+  first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
+  second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
+}
 /// The words at byte offsets and the words right behind them. A load a lane: gathers of pairs take longer, since they
 /// run out of microcode.
 LANE_FN void GatherPairs(const void* base, const IntsPart& byteOffsets, IntsPart& first, IntsPart& second) {
   const char* bytes = static_cast<const char*>(base);
   const std::int32_t* o = WordsOf(byteOffsets);
-  // Lanes 0, 1, 4, 5 and lanes 2, 3, 6, 7: the shuffle then finds each lane's pair in the right 128 bits.
-  const __m256 low = _mm256_castsi256_ps(
-      _mm256_inserti128_si256(_mm256_castsi128_si256(TwoPairs(bytes, o[0], o[1])), TwoPairs(bytes, o[4], o[5]), 1));
-  const __m256 high = _mm256_castsi256_ps(
-      _mm256_inserti128_si256(_mm256_castsi128_si256(TwoPairs(bytes, o[2], o[3])), TwoPairs(bytes, o[6], o[7]), 1));
-  first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
-  second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
+  PartPairs(FourPairs<1>(bytes, o), FourPairs<1>(bytes, o + 2), first, second);
+}
+/// The same from two bases, at offsets in words.
+LANE_FN void GatherSquares(const char* upper, const char* lower, const IntsPart& offsets, IntsPart& upperFirst,
+                           IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
+  const std::int32_t* o = WordsOf(offsets);
+  const __m256 upperLow = FourPairs<4>(upper, o), lowerLow = FourPairs<4>(lower, o);
+  const __m256 upperHigh = FourPairs<4>(upper, o + 2), lowerHigh = FourPairs<4>(lower, o + 2);
+  PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
+  PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN IntsPart GatherLive(const void* base, IntsPart byteOffsets, MaskPart live) {

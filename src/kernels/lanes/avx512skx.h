@@ -86,6 +86,7 @@ LANE_FN Ints Add(Ints x, Ints y) { return {_mm512_add_epi32(x.v, y.v)}; }
 LANE_FN Ints Sub(Ints x, Ints y) { return {_mm512_sub_epi32(x.v, y.v)}; }
 LANE_FN Ints Mul(Ints x, Ints y) { return {_mm512_mullo_epi32(x.v, y.v)}; }
 LANE_FN Ints And(Ints x, Ints y) { return {_mm512_and_si512(x.v, y.v)}; }
+LANE_FN Ints Or(Ints x, Ints y) { return {_mm512_or_si512(x.v, y.v)}; }
 LANE_FN Ints Min(Ints x, Ints y) { return {_mm512_min_epi32(x.v, y.v)}; }
 LANE_FN Ints Max(Ints x, Ints y) { return {_mm512_max_epi32(x.v, y.v)}; }
 template <int N>
@@ -133,6 +134,8 @@ LANE_FN Extremes ExtremesOf(Floats x) {
   m = _mm256_max_ps(m, _mm256_permute_ps(m, 0xB1));
   return {_mm_cvtss_f32(_mm256_castps256_ps128(m)), _mm_cvtss_f32(_mm256_extractf128_ps(m, 1))};
 }
+/// A bit for each lane that is less than 0.
+LANE_FN unsigned NegativeLanes(Ints x) { return _mm512_movepi32_mask(x.v); }
 LANE_FN std::int32_t FirstLane(Ints x) { return _mm_cvtsi128_si32(_mm512_castsi512_si128(x.v)); }
 /// Lanes 3, 2, 1, 0 of each group of four.
 LANE_FN Floats ReverseGroups(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
@@ -140,6 +143,10 @@ LANE_FN Floats ReverseGroups(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM
 LANE_FN Floats SwapGroupHalves(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
 
 // Colours.
+/// Whether the highest byte of each word is 255.
+LANE_FN bool HighestBytesFull(Ints words) {
+  return _mm512_cmpge_epu32_mask(words.v, _mm512_set1_epi32(static_cast<std::int32_t>(0xFF000000))) == 0xFFFF;
+}
 /// Byte `Byte` of each word, from the lowest, times `scale`, rounded once; `scale` over 2^8 is still a normal number.
 template <int Byte>
 LANE_FN Floats ByteTimes(Ints words, float scale) {
@@ -150,6 +157,11 @@ LANE_FN Floats ByteTimes(Ints words, float scale) {
   const __m512i above = _mm512_mask_blend_epi8(0x1111111111111111 << (Byte % 2), _mm512_set1_epi32(0x4B000000), low);
   const float factor = scale / static_cast<float>(1 << place);
   return MulSub({_mm512_castsi512_ps(above)}, Splat(factor), Splat(factor * 0x1p23f));
+}
+/// The same of words whose highest byte is 255.
+template <int Byte>
+LANE_FN Floats OpaqueByteTimes(Ints words, float scale) {
+  return ByteTimes<Byte>(words, scale);
 }
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
@@ -217,14 +229,24 @@ LANE_FN Ints GatherByLoads(const void* base, Ints byteOffsets) {
 #endif
   return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), all, byteOffsets.v, base, 1)};
 }
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, Ints byteOffsets, Ints& first, Ints& second) {
-  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(byteOffsets.v), base, 1);
-  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(byteOffsets.v, 1), base, 1);
+template <int kScale>
+LANE_FN void GatherPairsAt(const void* base, Ints offsets, Ints& first, Ints& second) {
+  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(offsets.v), base, kScale);
+  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(offsets.v, 1), base, kScale);
   const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
   const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
   first.v = _mm512_permutex2var_epi32(low, even, high);
   second.v = _mm512_permutex2var_epi32(low, odd, high);
+}
+/// The words at byte offsets and the words right behind them.
+LANE_FN void GatherPairs(const void* base, Ints byteOffsets, Ints& first, Ints& second) {
+  GatherPairsAt<1>(base, byteOffsets, first, second);
+}
+/// The same from two bases, at offsets in words.
+LANE_FN void GatherSquares(const char* upper, const char* lower, Ints offsets, Ints& upperFirst, Ints& upperSecond,
+                           Ints& lowerFirst, Ints& lowerSecond) {
+  GatherPairsAt<4>(upper, offsets, upperFirst, upperSecond);
+  GatherPairsAt<4>(lower, offsets, lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN Ints GatherLive(const void* base, Ints byteOffsets, Mask live) {

@@ -67,6 +67,7 @@ LANE_FN IntsPart Add(IntsPart x, IntsPart y) { return {_mm_add_epi32(x.v, y.v)};
 LANE_FN IntsPart Sub(IntsPart x, IntsPart y) { return {_mm_sub_epi32(x.v, y.v)}; }
 LANE_FN IntsPart Mul(IntsPart x, IntsPart y) { return {_mm_mullo_epi32(x.v, y.v)}; }
 LANE_FN IntsPart And(IntsPart x, IntsPart y) { return {_mm_and_si128(x.v, y.v)}; }
+LANE_FN IntsPart Or(IntsPart x, IntsPart y) { return {_mm_or_si128(x.v, y.v)}; }
 LANE_FN IntsPart Min(IntsPart x, IntsPart y) { return {_mm_min_epi32(x.v, y.v)}; }
 LANE_FN IntsPart Max(IntsPart x, IntsPart y) { return {_mm_max_epi32(x.v, y.v)}; }
 template <int N>
@@ -109,6 +110,8 @@ LANE_FN Extremes ExtremesOf(FloatsPart x, FloatsPart y) {
   m = _mm_max_ps(m, _mm_shuffle_ps(m, m, 0xB1));
   return {_mm_cvtss_f32(m), _mm_cvtss_f32(_mm_movehl_ps(m, m))};
 }
+/// A bit for each lane that is less than 0.
+LANE_FN unsigned NegativeLanes(IntsPart x) { return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(x.v))); }
 LANE_FN std::int32_t FirstLane(IntsPart x) { return _mm_cvtsi128_si32(x.v); }
 /// Lanes 3, 2, 1, 0 of each group of four.
 LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(0, 1, 2, 3))}; }
@@ -116,6 +119,10 @@ LANE_FN FloatsPart ReverseGroups(FloatsPart x) { return {_mm_shuffle_ps(x.v, x.v
 LANE_FN FloatsPart SwapGroupHalves(FloatsPart x) { return {_mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(1, 0, 3, 2))}; }
 
 // Colours.
+/// Whether the highest byte of each word is 255.
+LANE_FN bool HighestBytesFull(IntsPart words) {
+  return _mm_testc_si128(words.v, _mm_set1_epi32(static_cast<std::int32_t>(0xFF000000))) != 0;
+}
 /// Channels truncated, clamped to a byte and packed 0xAARRGGBB.
 LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, FloatsPart alpha) {
   // Saturating to 16 and then to 8 bits clamps as the 32-bit clamp would, 0x80000000 to 0 included.
@@ -147,18 +154,33 @@ LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
   return {_mm_setr_epi32(WordAt(base, o[0]), WordAt(base, o[1]), WordAt(base, o[2]), WordAt(base, o[3]))};
 }
 LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return Gather(base, byteOffsets); }
+/// Two lanes' words and the words right behind them.
+template <int kScale>
+LANE_FN __m128 TwoPairs(const char* base, const std::int32_t* o) {
+  return _mm_loadh_pi(
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{o[0]} * kScale))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{o[1]} * kScale));
+}
+LANE_FN void PartPairs(__m128 low, __m128 high, IntsPart& first, IntsPart& second) {
+  first.v = _mm_castps_si128(_mm_shuffle_ps(low, high, 0x88));
+  second.v = _mm_castps_si128(_mm_shuffle_ps(low, high, 0xDD));
+}
 /// The words at byte offsets and the words right behind them.
 LANE_FN void GatherPairs(const void* base, IntsPart byteOffsets, IntsPart& first, IntsPart& second) {
   alignas(16) std::int32_t o[4];
   _mm_store_si128(reinterpret_cast<__m128i*>(o), byteOffsets.v);
-  const auto pair = [base, &o](int i) __attribute__((always_inline)) {
-    const char* bytes = static_cast<const char*>(base);
-    const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes + o[i]));
-    return _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(bytes + o[i + 1]));
-  };
-  const __m128 p = pair(0), q = pair(2);
-  first.v = _mm_castps_si128(_mm_shuffle_ps(p, q, 0x88));
-  second.v = _mm_castps_si128(_mm_shuffle_ps(p, q, 0xDD));
+  const char* bytes = static_cast<const char*>(base);
+  PartPairs(TwoPairs<1>(bytes, o), TwoPairs<1>(bytes, o + 2), first, second);
+}
+/// The same from two bases, at offsets in words.
+LANE_FN void GatherSquares(const char* upper, const char* lower, IntsPart offsets, IntsPart& upperFirst,
+                           IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
+  alignas(16) std::int32_t o[4];
+  _mm_store_si128(reinterpret_cast<__m128i*>(o), offsets.v);
+  const __m128 upperLow = TwoPairs<4>(upper, o), lowerLow = TwoPairs<4>(lower, o);
+  const __m128 upperHigh = TwoPairs<4>(upper, o + 2), lowerHigh = TwoPairs<4>(lower, o + 2);
+  PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
+  PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN IntsPart GatherLive(const void* base, IntsPart byteOffsets, MaskPart live) {
