@@ -109,7 +109,8 @@ ScopeSeries::~ScopeSeries() {
 }
 
 void ScopeSeries::End() noexcept {
-  mark_ = TicksNow();
+  const std::int64_t now = TicksInPassing();
+  if (now > mark_) mark_ = now;
   EndAtMark();
 }
 
