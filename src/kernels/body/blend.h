@@ -6,7 +6,7 @@ namespace {
 
 constexpr float kAlphaReference = 0x1.53a8f6p+7f;  // 169.83; the application's reference plays no part
 
-LANE_FN Mask AlphaPasses(const Color& source) { return Less(Splat(kAlphaReference), source.a); }
+LANE_FN MaskPart AlphaPasses(const PartColor& source) { return Less(Splat(kAlphaReference), source.a); }
 
 LANE_FN bool Blends(std::uint32_t mode) { return mode >= 1 && mode <= 3; }
 

@@ -28,18 +28,28 @@ LANE_FN void StorePlane(Tile& tile, const TriangleRecord& t, const Fragments& fr
     tile.color[plane] = words;
     return;
   }
-  Mask live = fragments.live[plane];
-  if constexpr (!kOpaque) {
-    if (t.alphaTest != 0) live = And(live, AlphaPasses(source));
-    if (Blends(t.blendMode)) {
-      const Color result = Blend(t.blendMode, source, UnpackBytes(tile.color[plane]));
-      words = PackBytes(result.r, result.g, result.b, result.a);
-    }
+  if constexpr (kOpaque) {
+    tile.color[plane] = Select(fragments.live[plane], words, tile.color[plane]);
+    return;
   }
-  tile.color[plane] = Select(live, words, tile.color[plane]);
-  if constexpr (!kOpaque) {
-    if (fragments.writesDepth) tile.depth[plane] = Select(live, fragments.z[plane], tile.depth[plane]);
-    if (t.alphaTest != 0) tile.shows[plane] = Select(live, Ints{Splat(kShowsStored)}, tile.shows[plane]);
+  for (int i = 0; i < kParts; ++i) {
+    MaskPart live = PartOf(fragments.live[plane], i);
+    if (kParts > 1 && !Any(live)) continue;
+    const PartColor c = {PartOf(source.r, i), PartOf(source.g, i), PartOf(source.b, i), PartOf(source.a, i)};
+    if (t.alphaTest != 0) live = And(live, AlphaPasses(c));
+    const IntsPart stored = PartOf(tile.color[plane], i);
+    IntsPart own = PartOf(words, i);
+    if (Blends(t.blendMode)) {
+      const PartColor result = Blend(t.blendMode, c, UnpackBytes(stored));
+      own = PackBytes(result.r, result.g, result.b, result.a);
+    }
+    SetPart(tile.color[plane], i, Select(live, own, stored));
+    if (fragments.writesDepth) {
+      SetPart(tile.depth[plane], i, Select(live, PartOf(fragments.z[plane], i), PartOf(tile.depth[plane], i)));
+    }
+    if (t.alphaTest != 0) {
+      SetPart(tile.shows[plane], i, Select(live, IntsPart{Splat(kShowsStored)}, PartOf(tile.shows[plane], i)));
+    }
   }
 }
 
