@@ -172,7 +172,7 @@ TEST_F(AdjustedPicture, DoesNotDependOnTheFloatRulesOfTheThreadThatLooks) {
       {50, 0, 100, 100, 0}, {220, 30, 140, 110, 50}, {100, -170, 100, 100, 0}, {100, 0, 250, 40, 60}};
   std::uint32_t differing = 0;
   for (const Words& words : cases) {
-    for (std::uint32_t n = 0; n < 500; ++n) {
+    for (std::uint32_t n = 0; n < 10000; ++n) {
       Set(words);
       *surface.colorBuffer = n * 2654435761u;
       SurfacePresent(surface, hdc);
