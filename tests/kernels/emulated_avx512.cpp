@@ -38,6 +38,10 @@ simde__m512 FloorEmulated(simde__m512 x) {
   return Whole512<simde__m512>(_mm256_floor_ps(_mm256_castsi256_ps(h.low)),
                                _mm256_floor_ps(_mm256_castsi256_ps(h.high)));
 }
+simde__m512i ShiftRightEmulated(simde__m512i x, int by) {
+  const Halves h = Split(x);
+  return Whole512<simde__m512i>(_mm256_srai_epi32(h.low, by), _mm256_srai_epi32(h.high, by));
+}
 template <typename Element, int Count, typename Index>
 simde__m512i GatherEmulated(simde__m512i fill, unsigned live, Index offsets, const void* base, int scale) {
   std::int32_t o[Count];
@@ -69,6 +73,7 @@ void ScatterEmulated(void* base, unsigned live, simde__m512i offsets, simde__m51
 #define _mm512_cvttps_epi32(x) TruncateEmulated(x)
 #define _mm512_cvtepi32_ps(x) ConvertEmulated(x)
 #define _mm512_floor_ps(x) FloorEmulated(x)
+#define _mm512_srai_epi32(x, by) ShiftRightEmulated(x, by)
 #define _mm512_i32gather_epi32(o, base, scale) \
   GatherEmulated<std::int32_t, 16>(simde_mm512_setzero_si512(), 0xFFFFu, o, base, scale)
 #define _mm512_i32gather_epi64(o, base, scale) \

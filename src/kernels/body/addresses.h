@@ -25,14 +25,13 @@ LANE_FN Level UniformLevel(const TextureCacheEntry& entry, std::int32_t level) {
 
 /// `level` lies in 0 to 15 in every lane.
 LANE_FN Level GatheredLevel(const TextureCacheEntry& entry, IntsPart level) {
-  const IntsPart index = ShiftLeft<2>(level);
   Level l;
-  l.columns = Gather(entry.levelWidth, index);
-  l.rows = Gather(entry.levelHeight, index);
+  l.columns = Gather(entry.levelWidth, level);
+  l.rows = Gather(entry.levelHeight, level);
   l.width = ToFloats(l.columns);
   l.height = ToFloats(l.rows);
-  l.strideBytes = Gather(entry.levelStrideBytes, index);
-  l.offsetBytes = Gather(entry.levelOffsetBytes, index);
+  l.strideBytes = Gather(entry.levelStrideBytes, level);
+  l.offsetBytes = Gather(entry.levelOffsetBytes, level);
   return l;
 }
 
@@ -51,18 +50,18 @@ LANE_FN const void* Texels(const TextureCacheEntry& entry) {
   return reinterpret_cast<const void*>(static_cast<std::uintptr_t>(entry.texels[0]));
 }
 
-/// A level in which most footprints need no wrapping of their own: its rows are whole texels apart, and where it
-/// repeats, its sizes are powers of two.
+/// A level whose rows are whole texels apart and whose sizes are powers of two where it repeats: a place in it is a
+/// number of texels, and both ways to wrap are the same few steps.
 struct PlainLevel {
   FloatsPart width, height;
   IntsPart columnBits, rowBits;  // what repeating leaves of a coordinate; where it clamps, all of it
-  IntsPart lastColumn, lastRow;  // at which a footprint still ends inside the level
+  IntsPart columnRoom, rowRoom;  // the last ones with another behind them
   IntsPart stride;               // in texels
   std::ptrdiff_t strideBytes;
   const char* texels;
 };
 
-/// Returns whether the level is one.
+/// Returns whether the level is one. Levels a single texel wide or high are left to others: all that is in them wraps.
 LANE_FN bool FindPlainLevel(const TextureCacheEntry& entry, std::int32_t level, PlainLevel& plain) {
   const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
   const std::int32_t columns = entry.levelWidth[level], rows = entry.levelHeight[level];
@@ -70,17 +69,21 @@ LANE_FN bool FindPlainLevel(const TextureCacheEntry& entry, std::int32_t level, 
   const auto fits = [](bool clamp, std::int32_t size)
                         __attribute__((always_inline)) { return size >= 2 && (clamp || (size & (size - 1)) == 0); };
   if (!fits(clampS, columns) || !fits(clampT, rows) || ((stride | offset) & 3) != 0) return false;
-  plain.width = Splat(static_cast<float>(columns));
-  plain.height = Splat(static_cast<float>(rows));
+  const IntsPart w = Splat(columns), h = Splat(rows);
+  plain.width = ToFloats(w);
+  plain.height = ToFloats(h);
   plain.columnBits = Splat(clampS ? -1 : columns - 1);
   plain.rowBits = Splat(clampT ? -1 : rows - 1);
-  plain.lastColumn = Splat(columns - 2);
-  plain.lastRow = Splat(rows - 2);
-  plain.stride = Splat(stride / 4);
+  plain.columnRoom = Add(w, Splat(-2));
+  plain.rowRoom = Add(h, Splat(-2));
+  plain.stride = Splat(stride >> 2);
   plain.strideBytes = stride;
   plain.texels = static_cast<const char*>(Texels(entry)) + offset;
   return true;
 }
+
+/// Wraps a coordinate either way.
+LANE_FN IntsPart WrapPlain(IntsPart c, IntsPart bits, IntsPart last) { return Min(Max(And(c, bits), Splat(0)), last); }
 
 }  // namespace
 }  // namespace tlr2

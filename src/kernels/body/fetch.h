@@ -37,60 +37,77 @@ struct Footprint {
 
 /// How the texels of a unit's footprints lie.
 enum class Form : unsigned {
-  kSquares,  // nothing wraps: two texels of a row, and as many in the next row
-  kPairs,    // in no lane does a wrap part the columns: the right texels lie behind the left ones
+  kSquares = 0,  // nothing wraps: two texels of a row, and as many in the next row
+  kPairs,        // in no lane does a wrap part the columns: the right texels lie behind the left ones
   kSingles,
 };
 
-/// Where they lie. Of squares only the upper left texels are told, in texels from both rows; else all is in bytes from
-/// the first texel.
+/// Where they lie, in texels from `upper`. Of squares only the upper left ones are told, which hold from `lower` too.
 struct Places {
   IntsPart upperLeft, lowerLeft, upperRight, lowerRight;
   const char *upper, *lower;
   Form form;
 };
 
-LANE_FN void Locate(const TextureCacheEntry& entry, const Level& level, IntsPart x0, IntsPart y0, Places& places) {
-  const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
-  const IntsPart one = Splat(1);
-  const IntsPart left = Wrap(clampS, x0, level.columns), right = Wrap(clampS, Add(x0, one), level.columns);
-  const IntsPart upper = RowOffset(level, Wrap(clampT, y0, level.rows));
-  const IntsPart lower = RowOffset(level, Wrap(clampT, Add(y0, one), level.rows));
-  places.upper = static_cast<const char*>(Texels(entry));
-  places.upperLeft = TexelOffset(upper, left);
-  places.lowerLeft = TexelOffset(lower, left);
-  const bool pairs = All(Equal(right, Add(left, one)));
+/// Sets places from the rows' first texels and the columns in them.
+template <typename Texel>
+LANE_FN void PutPlaces(IntsPart upper, IntsPart lower, IntsPart left, IntsPart right, Texel texel, Places& places) {
+  places.upperLeft = texel(upper, left);
+  places.lowerLeft = texel(lower, left);
+  const bool pairs = All(Equal(right, Add(left, Splat(1))));
   places.form = pairs ? Form::kPairs : Form::kSingles;
   if (pairs) return;
-  places.upperRight = TexelOffset(upper, right);
-  places.lowerRight = TexelOffset(lower, right);
+  places.upperRight = texel(upper, right);
+  places.lowerRight = texel(lower, right);
 }
 
-/// As squares, whether or not they are. Returns 0 if they are.
+LANE_FN void Locate(const TextureCacheEntry& entry, const Level& level, IntsPart x0, IntsPart y0, Places& places) {
+  const bool clampS = entry.wrapClampS == 1, clampT = entry.wrapClampT == 1;
+  const IntsPart x1 = Add(x0, Splat(1)), y1 = Add(y0, Splat(1));
+  places.upper = static_cast<const char*>(Texels(entry));
+  PutPlaces(
+      RowOffset(level, Wrap(clampT, y0, level.rows)), RowOffset(level, Wrap(clampT, y1, level.rows)),
+      Wrap(clampS, x0, level.columns), Wrap(clampS, x1, level.columns),
+      [](IntsPart row, IntsPart x) __attribute__((always_inline)) { return ShiftRightSigned<2>(TexelOffset(row, x)); },
+      places);
+}
+
+LANE_FN void LocatePlain(const PlainLevel& level, IntsPart x0, IntsPart y0, Places& places) {
+  const IntsPart x1 = Add(x0, Splat(1)), y1 = Add(y0, Splat(1));
+  const IntsPart upper = Mul(WrapPlain(y0, level.rowBits, level.rowRoom), level.stride);
+  const IntsPart lower = Mul(WrapPlain(y1, level.rowBits, level.rowRoom), level.stride);
+  const IntsPart left = WrapPlain(x0, level.columnBits, level.columnRoom);
+  const IntsPart right = WrapPlain(x1, level.columnBits, level.columnRoom);
+  places.upper = level.texels;
+  PutPlaces(
+      upper, lower, left, right, [](IntsPart row, IntsPart x) __attribute__((always_inline)) { return Add(row, x); },
+      places);
+}
+
+/// As squares, and sets the form to another one if they are not, which LocatePlain then puts right. Returns 0 if they
+/// are.
 LANE_FN unsigned LocateSquares(const PlainLevel& level, IntsPart x0, IntsPart y0, Places& places) {
   const IntsPart x = And(x0, level.columnBits), y = And(y0, level.rowBits);
   places.upperLeft = Add(Mul(y, level.stride), x);
   places.upper = level.texels;
   places.lower = level.texels + level.strideBytes;
-  return NegativeLanes(Or(Or(x, Sub(level.lastColumn, x)), Or(y, Sub(level.lastRow, y))));
+  const unsigned wrapped = NegativeLanes(Or(Or(x, y), Or(Sub(level.columnRoom, x), Sub(level.rowRoom, y))));
+  places.form = static_cast<Form>(wrapped);
+  return wrapped;
 }
 
 LANE_FN Footprint Fetch(const Places& places) {
   Footprint f;
-  switch (places.form) {
-    case Form::kSquares:
-      GatherSquares(places.upper, places.lower, places.upperLeft, f.t00, f.t10, f.t01, f.t11);
-      break;
-    case Form::kPairs:
-      GatherPairs(places.upper, places.upperLeft, f.t00, f.t10);
-      GatherPairs(places.upper, places.lowerLeft, f.t01, f.t11);
-      break;
-    case Form::kSingles:
-      f.t00 = Gather(places.upper, places.upperLeft);
-      f.t01 = Gather(places.upper, places.lowerLeft);
-      f.t10 = Gather(places.upper, places.upperRight);
-      f.t11 = Gather(places.upper, places.lowerRight);
-      break;
+  if (places.form == Form::kSquares) {
+    GatherSquares(places.upper, places.lower, places.upperLeft, f.t00, f.t10, f.t01, f.t11);
+  } else if (places.form == Form::kPairs) {
+    GatherPairs(places.upper, places.upperLeft, f.t00, f.t10);
+    GatherPairs(places.upper, places.lowerLeft, f.t01, f.t11);
+  } else {
+    f.t00 = Gather(places.upper, places.upperLeft);
+    f.t01 = Gather(places.upper, places.lowerLeft);
+    f.t10 = Gather(places.upper, places.upperRight);
+    f.t11 = Gather(places.upper, places.lowerRight);
   }
   return f;
 }

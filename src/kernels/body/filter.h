@@ -69,16 +69,17 @@ LANE_FN PartColor BlendCorners(const Corners& corners) {
           BlendChannel<false, 3>(f, weight)};
 }
 
-/// A unit's upper left texels in one level, whole numbers, and what the four texels weigh.
+/// Where a unit's footprints lie in one level, in texels, counted from the middle of the first one.
 struct TexelPlace {
-  FloatsPart column, row;
+  FloatsPart s, t, column, row;
 
-  LANE_FN TexelPlace(FloatsPart s, FloatsPart t, FloatsPart width, FloatsPart height, FloatsPart (&weight)[4]) {
-    const FloatsPart half = Splat(0.5f), one = Splat(1.0f);
-    const FloatsPart fs = MulSub(s, width, half), ft = MulSub(t, height, half);
-    column = Floor(fs);
-    row = Floor(ft);
-    const FloatsPart wx = Sub(fs, column), wy = Sub(ft, row);
+  LANE_FN TexelPlace(FloatsPart s01, FloatsPart t01, FloatsPart width, FloatsPart height)
+      : s(MulSub(s01, width, Splat(0.5f))), t(MulSub(t01, height, Splat(0.5f))), column(Floor(s)), row(Floor(t)) {}
+  LANE_FN IntsPart X() const { return Truncate(column); }
+  LANE_FN IntsPart Y() const { return Truncate(row); }
+  LANE_FN void Weigh(FloatsPart (&weight)[4]) const {
+    const FloatsPart one = Splat(1.0f);
+    const FloatsPart wx = Sub(s, column), wy = Sub(t, row);
     const FloatsPart vx = Sub(one, wx), vy = Sub(one, wy);
     weight[0] = Mul(wx, vy);
     weight[1] = Mul(vx, vy);
@@ -89,36 +90,37 @@ struct TexelPlace {
 
 LANE_FN void FindCorners(const TextureCacheEntry& entry, const Level& level, FloatsPart s, FloatsPart t,
                          Corners& corners) {
-  const TexelPlace at(s, t, level.width, level.height, corners.weight);
-  Locate(entry, level, Truncate(at.column), Truncate(at.row), corners.places);
+  const TexelPlace at(s, t, level.width, level.height);
+  Locate(entry, level, at.X(), at.Y(), corners.places);
+  at.Weigh(corners.weight);
 }
 
-/// Units `first` to before `end`, all in one level.
-[[gnu::noinline]] void FindCornersInLevel(const TextureCacheEntry& entry, std::int32_t level, const Samples& samples,
-                                          int first, int end, Corners* corners) {
+/// Units that lie in the same level.
+[[gnu::noinline]] void FindCornersInLevel(const TextureCacheEntry& entry, std::int32_t level, const FloatsPart* s,
+                                          const FloatsPart* t, int count, Corners* corners) {
   PlainLevel plain;
-  unsigned wrapped[kUnits], anyWrapped = 1;
-  if (FindPlainLevel(entry, level, plain)) {
-    anyWrapped = 0;
-    for (int i = first; i < end; ++i) {
-      const TexelPlace at(samples.s[i], samples.t[i], plain.width, plain.height, corners[i].weight);
-      wrapped[i] = LocateSquares(plain, Truncate(at.column), Truncate(at.row), corners[i].places);
-      corners[i].places.form = Form::kSquares;
-      anyWrapped |= wrapped[i];
-    }
-  } else {
-    for (int i = first; i < end; ++i) wrapped[i] = 1;
+  if (!FindPlainLevel(entry, level, plain)) {
+    const Level uniform = UniformLevel(entry, level);
+    for (int i = 0; i < count; ++i) FindCorners(entry, uniform, s[i], t[i], corners[i]);
+    return;
   }
-  if (anyWrapped == 0) return;
-  const Level uniform = UniformLevel(entry, level);
-  for (int i = first; i < end; ++i) {
-    if (wrapped[i] != 0) FindCorners(entry, uniform, samples.s[i], samples.t[i], corners[i]);
+  unsigned wrapped = 0;
+  for (int i = 0; i < count; ++i) {
+    const TexelPlace at(s[i], t[i], plain.width, plain.height);
+    wrapped |= LocateSquares(plain, at.X(), at.Y(), corners[i].places);
+    at.Weigh(corners[i].weight);
+  }
+  if (wrapped == 0) return;
+  for (int i = 0; i < count; ++i) {
+    if (corners[i].places.form == Form::kSquares) continue;
+    const TexelPlace at(s[i], t[i], plain.width, plain.height);
+    LocatePlain(plain, at.X(), at.Y(), corners[i].places);
   }
 }
 
 [[gnu::noinline]] void SampleBilinear(const TextureCacheEntry& entry, int count, Samples& samples) {
   Corners corners[kUnits];
-  FindCornersInLevel(entry, 0, samples, 0, count, corners);
+  FindCornersInLevel(entry, 0, samples.s, samples.t, count, corners);
   for (int i = 0; i < count; ++i) samples.texel[i] = ToByteScale(BlendCorners(corners[i]));
 }
 
@@ -146,8 +148,8 @@ LANE_FN std::int32_t FarLevel(std::int32_t raw) { return (raw < -1 ? -1 : raw > 
   for (int i = 0; i < count; ++i) {
     const std::int32_t first = FirstLane(raw[i]);
     if (All(Equal(raw[i], Splat(first)))) {
-      FindCornersInLevel(entry, NearLevel(first), samples, i, i + 1, near);
-      FindCornersInLevel(entry, FarLevel(first), samples, i, i + 1, far);
+      FindCornersInLevel(entry, NearLevel(first), samples.s + i, samples.t + i, 1, near + i);
+      FindCornersInLevel(entry, FarLevel(first), samples.s + i, samples.t + i, 1, far + i);
     } else {
       FindCorners(entry, GatheredLevel(entry, NearLevel(raw[i])), samples.s[i], samples.t[i], near[i]);
       FindCorners(entry, GatheredLevel(entry, FarLevel(raw[i])), samples.s[i], samples.t[i], far[i]);
@@ -185,22 +187,21 @@ LANE_FN std::int32_t FarLevel(std::int32_t raw) { return (raw < -1 ? -1 : raw > 
   Corners near[kUnits], far[kUnits];
   const std::int32_t level = FirstLane(most);
   if (All(And(Equal(least, Splat(level)), Equal(most, Splat(level))))) {
-    FindCornersInLevel(entry, NearLevel(level), samples, 0, count, near);
-    if (!allSingle) FindCornersInLevel(entry, FarLevel(level), samples, 0, count, far);
+    FindCornersInLevel(entry, NearLevel(level), samples.s, samples.t, count, near);
+    if (!allSingle) FindCornersInLevel(entry, FarLevel(level), samples.s, samples.t, count, far);
   } else {
     FindMixedCorners(entry, raw, count, samples, near, far);
   }
   for (int i = 0; i < count; ++i) samples.texel[i] = BlendCorners(near[i]);
   for (int i = 0; i < count; ++i) {
-    const PartColor first = samples.texel[i];
-    PartColor both = first;
-    if (!single[i]) {
-      const PartColor second = BlendCorners(far[i]);
-      const FloatsPart f = weight[i], g = Sub(one, f);
-      both = {MulAdd(g, first.r, Mul(f, second.r)), MulAdd(g, first.g, Mul(f, second.g)),
-              MulAdd(g, first.b, Mul(f, second.b)), MulAdd(g, first.a, Mul(f, second.a))};
+    if (single[i]) {
+      samples.texel[i] = ToByteScale(samples.texel[i]);
+      continue;
     }
-    samples.texel[i] = ToByteScale(both);
+    const PartColor second = BlendCorners(far[i]), first = samples.texel[i];
+    const FloatsPart f = weight[i], g = Sub(one, f);
+    samples.texel[i] = ToByteScale({MulAdd(g, first.r, Mul(f, second.r)), MulAdd(g, first.g, Mul(f, second.g)),
+                                    MulAdd(g, first.b, Mul(f, second.b)), MulAdd(g, first.a, Mul(f, second.a))});
   }
 }
 

@@ -62,6 +62,11 @@ template <int N>
 LANE_FN IntsPart ShiftLeft(IntsPart x) {
   return Join(_mm_slli_epi32(Low(x), N), _mm_slli_epi32(High(x), N));
 }
+/// Of signed integers.
+template <int N>
+LANE_FN IntsPart ShiftRightSigned(IntsPart x) {
+  return Join(_mm_srai_epi32(Low(x), N), _mm_srai_epi32(High(x), N));
+}
 template <int N>
 LANE_FN IntsPart ShiftRight(IntsPart x) {
   return Join(_mm_srli_epi32(Low(x), N), _mm_srli_epi32(High(x), N));
@@ -99,7 +104,7 @@ LANE_FN IntsPart PackBytes(FloatsPart red, FloatsPart green, FloatsPart blue, Fl
 }
 
 // Memory.
-LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
+LANE_FN std::int32_t WordAt(const void* base, std::ptrdiff_t byteOffset) {
   std::int32_t word;
   __builtin_memcpy(&word, static_cast<const char*>(base) + byteOffset, 4);
   return word;
@@ -107,48 +112,49 @@ LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
 /// Lanes where they lie in memory: an offset loaded from there costs less than one taken out of a register.
 LANE_FN const std::int32_t* WordsOf(const IntsPart& x) { return reinterpret_cast<const std::int32_t*>(&x); }
 LANE_FN void Spill(std::int32_t* to, IntsPart x) { _mm256_store_si256(reinterpret_cast<__m256i*>(to), x.v); }
+/// Words at offsets in units of so many bytes.
+template <int kScale>
 LANE_FN __m128i GatherQuarter(const void* base, const std::int32_t* o) {
-  return _mm_setr_epi32(WordAt(base, o[0]), WordAt(base, o[1]), WordAt(base, o[2]), WordAt(base, o[3]));
+  const auto word = [base, o](int i)
+                        __attribute__((always_inline)) { return WordAt(base, std::ptrdiff_t{o[i]} * kScale); };
+  return _mm_setr_epi32(word(0), word(1), word(2), word(3));
+}
+/// Words at offsets in words, all lanes.
+LANE_FN IntsPart Gather(const void* base, const IntsPart& offsets) {
+  const std::int32_t* o = WordsOf(offsets);
+  return Join(GatherQuarter<4>(base, o), GatherQuarter<4>(base, o + 4));
 }
 /// Words at byte offsets, all lanes.
-LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
-  alignas(32) std::int32_t o[8];
-  Spill(o, byteOffsets);
-  return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
-}
 LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
   const std::int32_t* o = WordsOf(byteOffsets);
-  return Join(GatherQuarter(base, o), GatherQuarter(base, o + 4));
+  return Join(GatherQuarter<1>(base, o), GatherQuarter<1>(base, o + 4));
 }
 /// Two lanes' words and the words right behind them.
-template <int kScale>
 LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
   return _mm_loadh_pi(
-      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * kScale))),
-      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * kScale));
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * 4))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * 4));
 }
 /// Four lanes' pairs: 0, 1, 4, 5 or 2, 3, 6, 7, so that a shuffle finds each lane's pair in the right 128 bits.
-template <int kScale>
 LANE_FN __m256 FourPairs(const char* base, const std::int32_t* o) {
-  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs<kScale>(base, o[0], o[1])),
-                              TwoPairs<kScale>(base, o[4], o[5]), 1);
+  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(base, o[0], o[1])), TwoPairs(base, o[4], o[5]), 1);
 }
 LANE_FN void PartPairs(__m256 low, __m256 high, IntsPart& first, IntsPart& second) {
   first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
   second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
 }
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, const IntsPart& byteOffsets, IntsPart& first, IntsPart& second) {
+/// The words at offsets in words and the words right behind them.
+LANE_FN void GatherPairs(const void* base, const IntsPart& offsets, IntsPart& first, IntsPart& second) {
   const char* bytes = static_cast<const char*>(base);
-  const std::int32_t* o = WordsOf(byteOffsets);
-  PartPairs(FourPairs<1>(bytes, o), FourPairs<1>(bytes, o + 2), first, second);
+  const std::int32_t* o = WordsOf(offsets);
+  PartPairs(FourPairs(bytes, o), FourPairs(bytes, o + 2), first, second);
 }
-/// The same from two bases, at offsets in words.
+/// The same from two bases.
 LANE_FN void GatherSquares(const char* upper, const char* lower, const IntsPart& offsets, IntsPart& upperFirst,
                            IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
   const std::int32_t* o = WordsOf(offsets);
-  const __m256 upperLow = FourPairs<4>(upper, o), lowerLow = FourPairs<4>(lower, o);
-  const __m256 upperHigh = FourPairs<4>(upper, o + 2), lowerHigh = FourPairs<4>(lower, o + 2);
+  const __m256 upperLow = FourPairs(upper, o), lowerLow = FourPairs(lower, o);
+  const __m256 upperHigh = FourPairs(upper, o + 2), lowerHigh = FourPairs(lower, o + 2);
   PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
   PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
 }

@@ -93,6 +93,11 @@ template <int N>
 LANE_FN Ints ShiftLeft(Ints x) {
   return {_mm512_slli_epi32(x.v, N)};
 }
+/// Of signed integers.
+template <int N>
+LANE_FN Ints ShiftRightSigned(Ints x) {
+  return {_mm512_srai_epi32(x.v, N)};
+}
 template <int N>
 LANE_FN Ints ShiftRight(Ints x) {
   return {_mm512_srli_epi32(x.v, N)};
@@ -217,8 +222,8 @@ LANE_FN void StoreGroups(void* base, const std::uint16_t* places, Floats x) {
 }
 
 // Memory.
-/// Words at byte offsets, all lanes.
-LANE_FN Ints Gather(const void* base, Ints byteOffsets) { return {_mm512_i32gather_epi32(byteOffsets.v, base, 1)}; }
+/// Words at offsets in words, all lanes.
+LANE_FN Ints Gather(const void* base, Ints offsets) { return {_mm512_i32gather_epi32(offsets.v, base, 4)}; }
 /// Here the gather is the faster one, into a register of zeros: one that holds anything would first have to be ready,
 /// and that may be what the gather before it comes to. With a mask that the compiler knows to be full, it takes any
 /// register.
@@ -229,24 +234,20 @@ LANE_FN Ints GatherByLoads(const void* base, Ints byteOffsets) {
 #endif
   return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), all, byteOffsets.v, base, 1)};
 }
-template <int kScale>
-LANE_FN void GatherPairsAt(const void* base, Ints offsets, Ints& first, Ints& second) {
-  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(offsets.v), base, kScale);
-  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(offsets.v, 1), base, kScale);
+/// The words at offsets in words and the words right behind them.
+LANE_FN void GatherPairs(const void* base, Ints offsets, Ints& first, Ints& second) {
+  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(offsets.v), base, 4);
+  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(offsets.v, 1), base, 4);
   const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
   const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
   first.v = _mm512_permutex2var_epi32(low, even, high);
   second.v = _mm512_permutex2var_epi32(low, odd, high);
 }
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, Ints byteOffsets, Ints& first, Ints& second) {
-  GatherPairsAt<1>(base, byteOffsets, first, second);
-}
-/// The same from two bases, at offsets in words.
+/// The same from two bases.
 LANE_FN void GatherSquares(const char* upper, const char* lower, Ints offsets, Ints& upperFirst, Ints& upperSecond,
                            Ints& lowerFirst, Ints& lowerSecond) {
-  GatherPairsAt<4>(upper, offsets, upperFirst, upperSecond);
-  GatherPairsAt<4>(lower, offsets, lowerFirst, lowerSecond);
+  GatherPairs(upper, offsets, upperFirst, upperSecond);
+  GatherPairs(lower, offsets, lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN Ints GatherLive(const void* base, Ints byteOffsets, Mask live) {

@@ -97,14 +97,6 @@ LANE_FN Ints PackBytes(Floats red, Floats green, Floats blue, Floats alpha) {
   return {PackBytes(red.part[0], green.part[0], blue.part[0], alpha.part[0]),
           PackBytes(red.part[1], green.part[1], blue.part[1], alpha.part[1])};
 }
-LANE_FN Ints Gather(const void* base, Ints byteOffsets) {
-  return {Gather(base, byteOffsets.part[0]), Gather(base, byteOffsets.part[1])};
-}
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, Ints byteOffsets, Ints& first, Ints& second) {
-  GatherPairs(base, byteOffsets.part[0], first.part[0], second.part[0]);
-  GatherPairs(base, byteOffsets.part[1], first.part[1], second.part[1]);
-}
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN Ints GatherLive(const void* base, Ints byteOffsets, Mask live) {
   return {GatherLive(base, byteOffsets.part[0], live.part[0]), GatherLive(base, byteOffsets.part[1], live.part[1])};

@@ -74,6 +74,11 @@ template <int N>
 LANE_FN IntsPart ShiftLeft(IntsPart x) {
   return {_mm_slli_epi32(x.v, N)};
 }
+/// Of signed integers.
+template <int N>
+LANE_FN IntsPart ShiftRightSigned(IntsPart x) {
+  return {_mm_srai_epi32(x.v, N)};
+}
 template <int N>
 LANE_FN IntsPart ShiftRight(IntsPart x) {
   return {_mm_srli_epi32(x.v, N)};
@@ -142,43 +147,48 @@ LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) 
 }
 
 // Memory.
-LANE_FN std::int32_t WordAt(const void* base, std::int32_t byteOffset) {
+LANE_FN std::int32_t WordAt(const void* base, std::ptrdiff_t byteOffset) {
   std::int32_t word;
   __builtin_memcpy(&word, static_cast<const char*>(base) + byteOffset, 4);
   return word;
 }
-/// Words at byte offsets, all lanes.
-LANE_FN IntsPart Gather(const void* base, IntsPart byteOffsets) {
-  alignas(16) std::int32_t o[4];
-  _mm_store_si128(reinterpret_cast<__m128i*>(o), byteOffsets.v);
-  return {_mm_setr_epi32(WordAt(base, o[0]), WordAt(base, o[1]), WordAt(base, o[2]), WordAt(base, o[3]))};
-}
-LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return Gather(base, byteOffsets); }
-/// Two lanes' words and the words right behind them.
+/// Words at offsets in units of so many bytes, all lanes.
 template <int kScale>
+LANE_FN IntsPart GatherAt(const void* base, IntsPart offsets) {
+  alignas(16) std::int32_t o[4];
+  _mm_store_si128(reinterpret_cast<__m128i*>(o), offsets.v);
+  const auto word = [base, &o](int i)
+                        __attribute__((always_inline)) { return WordAt(base, std::ptrdiff_t{o[i]} * kScale); };
+  return {_mm_setr_epi32(word(0), word(1), word(2), word(3))};
+}
+/// Words at offsets in words, all lanes.
+LANE_FN IntsPart Gather(const void* base, IntsPart offsets) { return GatherAt<4>(base, offsets); }
+/// Words at byte offsets, all lanes.
+LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return GatherAt<1>(base, byteOffsets); }
+/// Two lanes' words and the words right behind them.
 LANE_FN __m128 TwoPairs(const char* base, const std::int32_t* o) {
   return _mm_loadh_pi(
-      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{o[0]} * kScale))),
-      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{o[1]} * kScale));
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{o[0]} * 4))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{o[1]} * 4));
 }
 LANE_FN void PartPairs(__m128 low, __m128 high, IntsPart& first, IntsPart& second) {
   first.v = _mm_castps_si128(_mm_shuffle_ps(low, high, 0x88));
   second.v = _mm_castps_si128(_mm_shuffle_ps(low, high, 0xDD));
 }
-/// The words at byte offsets and the words right behind them.
-LANE_FN void GatherPairs(const void* base, IntsPart byteOffsets, IntsPart& first, IntsPart& second) {
+/// The words at offsets in words and the words right behind them.
+LANE_FN void GatherPairs(const void* base, IntsPart offsets, IntsPart& first, IntsPart& second) {
   alignas(16) std::int32_t o[4];
-  _mm_store_si128(reinterpret_cast<__m128i*>(o), byteOffsets.v);
+  _mm_store_si128(reinterpret_cast<__m128i*>(o), offsets.v);
   const char* bytes = static_cast<const char*>(base);
-  PartPairs(TwoPairs<1>(bytes, o), TwoPairs<1>(bytes, o + 2), first, second);
+  PartPairs(TwoPairs(bytes, o), TwoPairs(bytes, o + 2), first, second);
 }
-/// The same from two bases, at offsets in words.
+/// The same from two bases.
 LANE_FN void GatherSquares(const char* upper, const char* lower, IntsPart offsets, IntsPart& upperFirst,
                            IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
   alignas(16) std::int32_t o[4];
   _mm_store_si128(reinterpret_cast<__m128i*>(o), offsets.v);
-  const __m128 upperLow = TwoPairs<4>(upper, o), lowerLow = TwoPairs<4>(lower, o);
-  const __m128 upperHigh = TwoPairs<4>(upper, o + 2), lowerHigh = TwoPairs<4>(lower, o + 2);
+  const __m128 upperLow = TwoPairs(upper, o), lowerLow = TwoPairs(lower, o);
+  const __m128 upperHigh = TwoPairs(upper, o + 2), lowerHigh = TwoPairs(lower, o + 2);
   PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
   PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
 }
