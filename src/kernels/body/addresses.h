@@ -83,7 +83,9 @@ LANE_FN bool FindPlainLevel(const TextureCacheEntry& entry, std::int32_t level, 
 }
 
 /// Wraps a coordinate either way.
-LANE_FN IntsPart WrapPlain(IntsPart c, IntsPart bits, IntsPart last) { return Min(Max(And(c, bits), Splat(0)), last); }
+LANE_FN IntsPart WrapPlain(IntsPart c, IntsPart bits, IntsPart room) {
+  return Min(Max(And(c, bits), Splat(0)), Add(room, Splat(1)));
+}
 
 }  // namespace
 }  // namespace tlr2
