@@ -109,8 +109,7 @@ ScopeSeries::~ScopeSeries() {
 }
 
 void ScopeSeries::End() noexcept {
-  const std::int64_t now = TicksInPassing();
-  if (now > mark_) mark_ = now;
+  mark_ = TicksNow();
   EndAtMark();
 }
 

@@ -13,8 +13,6 @@ std::int64_t TicksNow() noexcept {
   return now.QuadPart;
 }
 
-std::int64_t TicksInPassing() noexcept { return TicksNow(); }
-
 std::int64_t TicksPerSecond() noexcept {
   static constinit std::atomic<std::int64_t> kept{0};
   std::int64_t frequency = kept.load(std::memory_order_relaxed);

@@ -30,28 +30,6 @@ TEST(Platform, ClockRunsForwardAtItsFrequency) {
   EXPECT_EQ(TicksPerSecond(), TicksPerSecond());
 }
 
-TEST(Platform, ClockAgreesWithTheSystems) {
-  const auto systemStart = std::chrono::steady_clock::now();
-  const std::int64_t start = TicksNow();
-  std::this_thread::sleep_for(std::chrono::milliseconds(60));
-  const std::int64_t ticks = TicksNow() - start;
-  const std::chrono::duration<double> system = std::chrono::steady_clock::now() - systemStart;
-  const double seconds = static_cast<double>(ticks) / static_cast<double>(TicksPerSecond());
-  // The test may be interrupted between two readings, for as long as it likes: then the system's is the longer span.
-  EXPECT_LE(seconds, system.count() * 1.001);
-  EXPECT_GE(seconds, 0.0599);
-}
-
-TEST(Platform, ClockReadInPassingIsOffByLittle) {
-  for (int i = 0; i < 1000; ++i) {
-    const std::int64_t before = TicksNow();
-    const std::int64_t passing = TicksInPassing();
-    const std::int64_t after = TicksNow();
-    EXPECT_GE(passing, before - TicksPerSecond() / 100000);
-    EXPECT_LE(passing, after);
-  }
-}
-
 TEST(Platform, EnvironmentValueComesWithItsLength) {
   const ScopedEnvironment variable("TLR2_TEST_VARIABLE", "abc def");
   char buffer[16];
