@@ -4,6 +4,8 @@
 
 #if TLR2_PROFILING
 
+#include <algorithm>
+
 #include "platform/clock.h"
 #include "platform/sync.h"
 #include "platform/thread_block.h"
@@ -34,13 +36,12 @@ void Add(std::atomic<std::uint64_t>& counter, std::uint64_t amount) noexcept {
   counter.store(counter.load(std::memory_order_relaxed) + amount, std::memory_order_relaxed);
 }
 
-void AddFigures(ProfileNode& node, std::uint64_t total, std::uint64_t calls, std::uint64_t least,
-                std::uint64_t greatest) noexcept {
-  Add(node.totalTicks, total);
-  Add(node.calls, calls);
-  if (least < node.minTicks.load(std::memory_order_relaxed)) node.minTicks.store(least, std::memory_order_relaxed);
-  if (greatest > node.maxTicks.load(std::memory_order_relaxed))
-    node.maxTicks.store(greatest, std::memory_order_relaxed);
+void AddFigures(ProfileNode& node, const ScopeFigures& f) noexcept {
+  Add(node.totalTicks, f.total);
+  Add(node.calls, f.calls);
+  if (f.least < node.minTicks.load(std::memory_order_relaxed)) node.minTicks.store(f.least, std::memory_order_relaxed);
+  if (f.greatest > node.maxTicks.load(std::memory_order_relaxed))
+    node.maxTicks.store(f.greatest, std::memory_order_relaxed);
 }
 
 /// Makes the node of `name` under the calling thread's cursor the cursor.
@@ -93,8 +94,9 @@ ScopeTimer::ScopeTimer(const char* name) noexcept
     : node_(EnterNode(name)), start_(TicksNow()) {}  // in this order, so that the search is not measured
 
 ScopeTimer::~ScopeTimer() {
-  const auto elapsed = static_cast<std::uint64_t>(TicksNow() - start_);
-  AddFigures(*node_, elapsed, 1, elapsed, elapsed);
+  ScopeFigures figures;
+  figures.Add(TicksNow() - start_);
+  AddFigures(*node_, figures);
   CurrentThreadGuard().profileCursor = node_->parent;
 }
 
@@ -104,13 +106,50 @@ ScopeSeries::ScopeSeries(const char* name, std::int64_t& mark) noexcept
     : node_(EnterNode(name)), mark_(mark), start_(mark) {}
 
 ScopeSeries::~ScopeSeries() {
-  AddFigures(*node_, total_, calls_, least_, greatest_);
+  AddFigures(*node_, figures_);
   CurrentThreadGuard().profileCursor = node_->parent;
 }
 
-void ScopeSeries::End() noexcept {
-  mark_ = TicksNow();
-  EndAtMark();
+DividedScopes::DividedScopes(const char* name, std::int64_t& mark) noexcept : node_(EnterNode(name)), mark_(mark) {
+  boundaries_[0] = ProcessorCounter();
+}
+
+DividedScopes::~DividedScopes() {
+  Divide();
+  AddFigures(*node_, figures_);
+  CurrentThreadGuard().profileCursor = node_->parent;
+}
+
+void DividedScopes::End() noexcept {
+  const std::uint64_t counter = ProcessorCounter(), before = boundaries_[count_];
+  boundaries_[++count_] = counter > before ? counter : before;
+  any_ = true;
+  if (count_ == kMost) Divide();
+}
+
+void DividedScopes::EndEmpty() noexcept {
+  boundaries_[count_ + 1] = boundaries_[count_];
+  if (++count_ == kMost) Divide();
+}
+
+void DividedScopes::Divide() noexcept {
+  const std::int64_t start = mark_;
+  if (any_) mark_ = TicksNow();
+  const std::uint64_t first = boundaries_[0], all = boundaries_[count_] - first;
+  const double ticksACount = all != 0 ? static_cast<double>(mark_ - start) / static_cast<double>(all) : 0.0;
+  std::int64_t begin = start;
+  for (int i = 1; i <= count_; ++i) {
+    const std::uint64_t part = boundaries_[i] - first;
+    // The end itself where all is counted, and for the last scope where the counter stood still.
+    const bool whole = part == all && (all != 0 || i == count_);
+    const std::int64_t end =
+        whole ? mark_ : std::min(mark_, start + static_cast<std::int64_t>(static_cast<double>(part) * ticksACount));
+    figures_.Add(end - begin);
+    begin = end;
+  }
+  boundaries_[0] = boundaries_[count_];
+  count_ = 0;
+  any_ = false;
 }
 
 void ProfileReset() {

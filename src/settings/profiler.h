@@ -26,10 +26,22 @@ class ScopeTimer {
   std::int64_t start_;
 };
 
+/// What scopes of one name took together, to be added to their node at once.
+struct ScopeFigures {
+  std::uint64_t total = 0, calls = 0, least = ~std::uint64_t{0}, greatest = 0;
+
+  void Add(std::int64_t elapsed) noexcept {
+    const auto ticks = static_cast<std::uint64_t>(elapsed);
+    ++calls;
+    total += ticks;
+    if (ticks < least) least = ticks;
+    if (ticks > greatest) greatest = ticks;
+  }
+};
+
 /// Scopes of one name that follow each other without a gap, each counted as a ScopeTimer of its own: one begins where
-/// the one before ended, so a boundary costs one reading of the clock, and a scope in which nothing happened none.
-/// `mark` is the latest boundary, which series inside one another share; it starts at ProfileMark(). The figures reach
-/// the tree when the series ends.
+/// the one before ended. `mark` is the latest boundary, which the scopes inside move on; it starts at ProfileMark().
+/// The figures reach the tree when the series ends.
 class ScopeSeries {
  public:
   ScopeSeries(const char* name, std::int64_t& mark) noexcept;
@@ -37,23 +49,45 @@ class ScopeSeries {
   ScopeSeries(const ScopeSeries&) = delete;
   ScopeSeries& operator=(const ScopeSeries&) = delete;
 
-  /// Ends a scope now.
-  void End() noexcept;
-  /// Ends a scope at the latest boundary: one that did nothing, or one whose last inner scope has just ended.
+  /// Ends a scope at the latest boundary.
   void EndAtMark() noexcept {
-    const auto elapsed = static_cast<std::uint64_t>(mark_ - start_);
+    figures_.Add(mark_ - start_);
     start_ = mark_;
-    ++calls_;
-    total_ += elapsed;
-    if (elapsed < least_) least_ = elapsed;
-    if (elapsed > greatest_) greatest_ = elapsed;
   }
 
  private:
   ProfileNode* node_;
   std::int64_t& mark_;
   std::int64_t start_;
-  std::uint64_t total_ = 0, calls_ = 0, least_ = ~std::uint64_t{0}, greatest_ = 0;
+  ScopeFigures figures_;
+};
+
+/// The same of scopes that are short beside a reading of the clock: it is read once for some of them, and moves `mark`
+/// on. How much of the time since fell to each, the processor's counter tells, which is read at each boundary. Where
+/// nothing happened in any of them, the clock is not read and none took any time.
+class DividedScopes {
+ public:
+  DividedScopes(const char* name, std::int64_t& mark) noexcept;
+  ~DividedScopes();
+  DividedScopes(const DividedScopes&) = delete;
+  DividedScopes& operator=(const DividedScopes&) = delete;
+
+  /// Ends a scope now.
+  void End() noexcept;
+  /// Ends one in which nothing happened.
+  void EndEmpty() noexcept;
+
+ private:
+  static constexpr int kMost = 16;
+
+  void Divide() noexcept;
+
+  ProfileNode* node_;
+  std::int64_t& mark_;
+  std::uint64_t boundaries_[kMost + 1];
+  int count_ = 0;
+  bool any_ = false;  // something happened
+  ScopeFigures figures_;
 };
 std::int64_t ProfileMark() noexcept;
 
@@ -74,8 +108,13 @@ class ScopeTimer {
 class ScopeSeries {
  public:
   ScopeSeries(ScopeName, std::int64_t&) noexcept {}
-  void End() noexcept {}
   void EndAtMark() noexcept {}
+};
+class DividedScopes {
+ public:
+  DividedScopes(ScopeName, std::int64_t&) noexcept {}
+  void End() noexcept {}
+  void EndEmpty() noexcept {}
 };
 inline std::int64_t ProfileMark() noexcept { return 0; }
 inline void ProfileReport(std::FILE*) {}

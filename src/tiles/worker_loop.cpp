@@ -116,7 +116,7 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
   const bool clears = Any(frame.clears);
   if (clears && ClearAhead(state, frame, macro)) mark = ProfileMark();  // its time is the macro tile's own
   FetchMacroTile(state, frame, next);
-  ScopeSeries microScopes("tlr2::RasterizeTile", mark);
+  DividedScopes microScopes("tlr2::RasterizeTile", mark);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
@@ -132,7 +132,7 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
       const TileEntryList& list = state.tileLists[index];
       const std::int32_t x0 = microX * 8, y0 = microY * 8;
       if (list.empty() || x0 >= width || y0 >= height) {
-        microScopes.EndAtMark();
+        microScopes.EndEmpty();
         continue;
       }
       const std::int32_t x1 = std::min(x0 + 8, width), y1 = std::min(y0 + 8, height);

@@ -10,7 +10,7 @@ import re
 import subprocess
 import sys
 
-SYMBOL = re.compile(r"ScopeTimer|ScopeSeries|Profile(Node|Summary|Report|Reset|Mark|Root)|MergedProfile")
+SYMBOL = re.compile(r"ScopeTimer|ScopeSeries|DividedScopes|Profile(Node|Summary|Report|Reset|Mark|Root)|MergedProfile")
 SCOPE = re.compile(rb"(?:tlr2|RJQ)(?:::\w+)+\0")
 TEXT = re.compile(rb"TLR2 scoped profile|<thread root>|<all threads>")
 

@@ -24,14 +24,18 @@ TEST(ProfilerOff, ScopesAreNothingAndReportsAreEmpty) {
     std::int64_t mark = off::ProfileMark();
     EXPECT_EQ(mark, 0) << "a clock was read";
     off::ScopeSeries series("unseen too", mark);
-    series.End();
     series.EndAtMark();
+    off::DividedScopes divided("nor this", mark);
+    divided.End();
+    divided.EndEmpty();
     EXPECT_EQ(mark, 0) << "a clock was read";
   }
   EXPECT_TRUE(std::is_empty_v<off::ScopeTimer>);
   EXPECT_TRUE(std::is_empty_v<off::ScopeSeries>);
+  EXPECT_TRUE(std::is_empty_v<off::DividedScopes>);
   EXPECT_TRUE(std::is_trivially_destructible_v<off::ScopeTimer>);
   EXPECT_TRUE(std::is_trivially_destructible_v<off::ScopeSeries>);
+  EXPECT_TRUE(std::is_trivially_destructible_v<off::DividedScopes>);
   EXPECT_EQ(tlr2::test::Written(off::ProfileReport), "");
   off::ProfileReset();
 }

@@ -140,15 +140,14 @@ TEST(Profiler, SeriesCountsEachOfItsScopesAndThoseInsideIt) {
     before = TicksNow();
     std::int64_t mark = ProfileMark();
     ScopeSeries outer(kOther, mark);
-    for (int i = 0; i < 3; ++i) {
-      ScopeSeries inner(kInner, mark);
-      inner.EndAtMark();
+    for (int i = 0; i < 3; ++i, outer.EndAtMark()) {
+      DividedScopes inner(kInner, mark);
+      inner.EndEmpty();
       const std::int64_t busyUntil = TicksNow() + TicksPerSecond() / 1000;
       while (TicksNow() < busyUntil) {
       }
       inner.End();
-      inner.EndAtMark();
-      outer.EndAtMark();
+      inner.EndEmpty();
     }
     after = TicksNow();
   });
@@ -175,10 +174,69 @@ TEST(Profiler, SeriesLeavesTheCursorWhereItWas) {
       std::int64_t mark = ProfileMark();
       ScopeSeries series(kOther, mark);
       EXPECT_EQ(CurrentThreadGuard().profileCursor->parent, cursor);
-      series.End();
+      {
+        DividedScopes divided(kInner, mark);
+        EXPECT_EQ(CurrentThreadGuard().profileCursor->parent->parent, cursor);
+        divided.End();
+      }
+      series.EndAtMark();
     }
     EXPECT_EQ(CurrentThreadGuard().profileCursor, cursor);
   });
+}
+
+void BeBusy(std::int64_t microseconds) {
+  const std::int64_t until = TicksNow() + TicksPerSecond() * microseconds / 1000000;
+  while (TicksNow() < until) {
+  }
+}
+
+TEST(Profiler, DividedScopesGetWhatEachTook) {
+  std::int64_t mark = 0, start = 0;
+  const ProfileNode* root = RootAfter([&] {
+    start = mark = ProfileMark();
+    DividedScopes scopes(kOuter, mark);
+    for (int i = 0; i < 7; ++i) {
+      scopes.EndEmpty();
+      BeBusy(i == 3 ? 4000 : 1000);
+      scopes.End();
+    }
+  });
+  const ProfileNode* node = Children(root)[0];
+  const auto millisecond = static_cast<std::uint64_t>(TicksPerSecond() / 1000);
+  EXPECT_EQ(node->calls.load(), 14u);
+  EXPECT_EQ(node->minTicks.load(), 0u);
+  EXPECT_EQ(node->totalTicks.load(), static_cast<std::uint64_t>(mark - start)) << "nothing is lost by rounding";
+  EXPECT_GE(node->totalTicks.load(), 10 * millisecond);
+  EXPECT_GE(node->maxTicks.load(), 4 * millisecond - millisecond / 10);
+  EXPECT_LE(node->maxTicks.load(), node->totalTicks.load() - 5 * millisecond);
+}
+
+TEST(Profiler, DividedScopesAreAsManyAsOneLikes) {
+  std::int64_t mark = 0, start = 0;
+  const ProfileNode* root = RootAfter([&] {
+    start = mark = ProfileMark();
+    DividedScopes scopes(kOuter, mark);
+    for (int i = 0; i < 1000; ++i) scopes.End();
+  });
+  const ProfileNode* node = Children(root)[0];
+  EXPECT_EQ(node->calls.load(), 1000u);
+  EXPECT_EQ(node->totalTicks.load(), static_cast<std::uint64_t>(mark - start));
+  EXPECT_LE(node->maxTicks.load(), node->totalTicks.load());
+}
+
+TEST(Profiler, DividedScopesInWhichNothingHappenedTakeNoTime) {
+  std::int64_t mark = 0, start = 0;
+  const ProfileNode* root = RootAfter([&] {
+    start = mark = ProfileMark();
+    BeBusy(100);
+    DividedScopes scopes(kOuter, mark);
+    for (int i = 0; i < 40; ++i) scopes.EndEmpty();
+  });
+  EXPECT_EQ(mark, start);
+  EXPECT_EQ(Children(root)[0]->calls.load(), 40u);
+  EXPECT_EQ(Children(root)[0]->totalTicks.load(), 0u);
+  EXPECT_EQ(Children(root)[0]->maxTicks.load(), 0u);
 }
 
 TEST(Profiler, NullFileDoesNothing) { ProfileReport(nullptr); }
