@@ -192,16 +192,15 @@ LANE_FN std::int32_t FarLevel(std::int32_t raw) { return (raw < -1 ? -1 : raw > 
   } else {
     FindMixedCorners(entry, raw, count, samples, near, far);
   }
-  for (int i = 0; i < count; ++i) samples.texel[i] = BlendCorners(near[i]);
   for (int i = 0; i < count; ++i) {
-    if (single[i]) {
-      samples.texel[i] = ToByteScale(samples.texel[i]);
-      continue;
+    PartColor color = BlendCorners(near[i]);
+    if (!single[i]) {
+      const PartColor other = BlendCorners(far[i]);
+      const FloatsPart f = weight[i], g = Sub(one, f);
+      color = {MulAdd(g, color.r, Mul(f, other.r)), MulAdd(g, color.g, Mul(f, other.g)),
+               MulAdd(g, color.b, Mul(f, other.b)), MulAdd(g, color.a, Mul(f, other.a))};
     }
-    const PartColor second = BlendCorners(far[i]), first = samples.texel[i];
-    const FloatsPart f = weight[i], g = Sub(one, f);
-    samples.texel[i] = ToByteScale({MulAdd(g, first.r, Mul(f, second.r)), MulAdd(g, first.g, Mul(f, second.g)),
-                                    MulAdd(g, first.b, Mul(f, second.b)), MulAdd(g, first.a, Mul(f, second.a))});
+    samples.texel[i] = ToByteScale(color);
   }
 }
 
