@@ -104,10 +104,10 @@ LANE_FN Footprint Fetch(const Places& places) {
     GatherPairs(places.upper, places.upperLeft, f.t00, f.t10);
     GatherPairs(places.upper, places.lowerLeft, f.t01, f.t11);
   } else {
-    f.t00 = Gather(places.upper, places.upperLeft);
-    f.t01 = Gather(places.upper, places.lowerLeft);
-    f.t10 = Gather(places.upper, places.upperRight);
-    f.t11 = Gather(places.upper, places.lowerRight);
+    f.t00 = GatherByLoads<4>(places.upper, places.upperLeft);
+    f.t01 = GatherByLoads<4>(places.upper, places.lowerLeft);
+    f.t10 = GatherByLoads<4>(places.upper, places.upperRight);
+    f.t11 = GatherByLoads<4>(places.upper, places.lowerRight);
   }
   return f;
 }

@@ -31,7 +31,7 @@ LANE_FN PartColor ToByteScale(const PartColor& c) { return Scale(c, 255.0f); }
     offset[i] = TexelOffset(RowOffset(level, Wrap(clampT, y, level.rows)), Wrap(clampS, x, level.columns));
   }
   for (int i = 0; i < count; ++i) {
-    const IntsPart t = GatherByLoads(texels, offset[i]);
+    const IntsPart t = GatherByLoads<1>(texels, offset[i]);
     samples.texel[i] = ToByteScale({ByteTimes<2>(t, kByteScale), ByteTimes<1>(t, kByteScale),
                                     ByteTimes<0>(t, kByteScale), ByteTimes<3>(t, kByteScale)});
   }

@@ -119,16 +119,13 @@ LANE_FN __m128i GatherQuarter(const void* base, const std::int32_t* o) {
                         __attribute__((always_inline)) { return WordAt(base, std::ptrdiff_t{o[i]} * kScale); };
   return _mm_setr_epi32(word(0), word(1), word(2), word(3));
 }
-/// Words at offsets in words, all lanes.
-LANE_FN IntsPart Gather(const void* base, const IntsPart& offsets) {
+template <int kScale>
+LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& offsets) {
   const std::int32_t* o = WordsOf(offsets);
-  return Join(GatherQuarter<4>(base, o), GatherQuarter<4>(base, o + 4));
+  return Join(GatherQuarter<kScale>(base, o), GatherQuarter<kScale>(base, o + 4));
 }
-/// Words at byte offsets, all lanes.
-LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
-  const std::int32_t* o = WordsOf(byteOffsets);
-  return Join(GatherQuarter<1>(base, o), GatherQuarter<1>(base, o + 4));
-}
+/// Words at offsets in words, all lanes.
+LANE_FN IntsPart Gather(const void* base, const IntsPart& offsets) { return GatherByLoads<4>(base, offsets); }
 /// Two lanes' words and the words right behind them.
 LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
   return _mm_loadh_pi(

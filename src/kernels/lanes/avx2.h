@@ -106,16 +106,19 @@ LANE_FN IntsPart Gather(const void* base, IntsPart offsets) {
 /// Lanes where they lie in memory: an offset loaded from there costs less than one taken out of a register.
 LANE_FN const std::int32_t* WordsOf(const IntsPart& x) { return reinterpret_cast<const std::int32_t*>(&x); }
 /// Two lanes' words.
-LANE_FN __m128i TwoWords(const char* base, std::int32_t first, std::int32_t second) {
-  return _mm_unpacklo_epi32(_mm_loadu_si32(base + first), _mm_loadu_si32(base + second));
+template <int kScale>
+LANE_FN __m128i TwoWords(const char* base, const std::int32_t* o) {
+  return _mm_unpacklo_epi32(_mm_loadu_si32(base + std::ptrdiff_t{o[0]} * kScale),
+                            _mm_loadu_si32(base + std::ptrdiff_t{o[1]} * kScale));
 }
-/// The same, with a load a lane: where all lanes' offsets are at hand early, that is faster than the gather, which runs
-/// out of microcode.
-LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& byteOffsets) {
+/// Words at offsets in units of so many bytes, with a load a lane: where all lanes' offsets are at hand early, that is
+/// faster than the gather, which runs out of microcode.
+template <int kScale>
+LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& offsets) {
   const char* bytes = static_cast<const char*>(base);
-  const std::int32_t* o = WordsOf(byteOffsets);
-  const __m128i low = _mm_unpacklo_epi64(TwoWords(bytes, o[0], o[1]), TwoWords(bytes, o[2], o[3]));
-  const __m128i high = _mm_unpacklo_epi64(TwoWords(bytes, o[4], o[5]), TwoWords(bytes, o[6], o[7]));
+  const std::int32_t* o = WordsOf(offsets);
+  const __m128i low = _mm_unpacklo_epi64(TwoWords<kScale>(bytes, o), TwoWords<kScale>(bytes, o + 2));
+  const __m128i high = _mm_unpacklo_epi64(TwoWords<kScale>(bytes, o + 4), TwoWords<kScale>(bytes, o + 6));
   return {_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)};
 }
 /// Two lanes' words and the words right behind them.

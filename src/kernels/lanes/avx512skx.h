@@ -224,15 +224,16 @@ LANE_FN void StoreGroups(void* base, const std::uint16_t* places, Floats x) {
 // Memory.
 /// Words at offsets in words, all lanes.
 LANE_FN Ints Gather(const void* base, Ints offsets) { return {_mm512_i32gather_epi32(offsets.v, base, 4)}; }
-/// Here the gather is the faster one, into a register of zeros: one that holds anything would first have to be ready,
-/// and that may be what the gather before it comes to. With a mask that the compiler knows to be full, it takes any
-/// register.
-LANE_FN Ints GatherByLoads(const void* base, Ints byteOffsets) {
+/// The same at offsets in units of so many bytes. Here the gather is the faster one, into a register of zeros: one that
+/// holds anything would first have to be ready, and that may be what the gather before it comes to. With a mask that
+/// the compiler knows to be full, it takes any register.
+template <int kScale>
+LANE_FN Ints GatherByLoads(const void* base, Ints offsets) {
   __mmask16 all = 0xFFFF;
 #ifndef TLR2_EMULATED_AVX512
   __asm__("" : "+k"(all));
 #endif
-  return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), all, byteOffsets.v, base, 1)};
+  return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), all, offsets.v, base, kScale)};
 }
 /// The words at offsets in words and the words right behind them.
 LANE_FN void GatherPairs(const void* base, Ints offsets, Ints& first, Ints& second) {

@@ -154,7 +154,7 @@ LANE_FN std::int32_t WordAt(const void* base, std::ptrdiff_t byteOffset) {
 }
 /// Words at offsets in units of so many bytes, all lanes.
 template <int kScale>
-LANE_FN IntsPart GatherAt(const void* base, IntsPart offsets) {
+LANE_FN IntsPart GatherByLoads(const void* base, IntsPart offsets) {
   alignas(16) std::int32_t o[4];
   _mm_store_si128(reinterpret_cast<__m128i*>(o), offsets.v);
   const auto word = [base, &o](int i)
@@ -162,9 +162,7 @@ LANE_FN IntsPart GatherAt(const void* base, IntsPart offsets) {
   return {_mm_setr_epi32(word(0), word(1), word(2), word(3))};
 }
 /// Words at offsets in words, all lanes.
-LANE_FN IntsPart Gather(const void* base, IntsPart offsets) { return GatherAt<4>(base, offsets); }
-/// Words at byte offsets, all lanes.
-LANE_FN IntsPart GatherByLoads(const void* base, IntsPart byteOffsets) { return GatherAt<1>(base, byteOffsets); }
+LANE_FN IntsPart Gather(const void* base, IntsPart offsets) { return GatherByLoads<4>(base, offsets); }
 /// Two lanes' words and the words right behind them.
 LANE_FN __m128 TwoPairs(const char* base, const std::int32_t* o) {
   return _mm_loadh_pi(
