@@ -135,11 +135,12 @@ void DividedScopes::EndEmpty() noexcept {
 void DividedScopes::Divide() noexcept {
   const std::int64_t start = mark_;
   if (any_) mark_ = TicksNow();
-  const std::uint64_t first = boundaries_[0], all = boundaries_[count_] - first;
+  const auto since = [this](int i) { return static_cast<std::int64_t>(boundaries_[i] - boundaries_[0]); };
+  const std::int64_t all = since(count_);
   const double ticksACount = all != 0 ? static_cast<double>(mark_ - start) / static_cast<double>(all) : 0.0;
   std::int64_t begin = start;
   for (int i = 1; i <= count_; ++i) {
-    const std::uint64_t part = boundaries_[i] - first;
+    const std::int64_t part = since(i);
     // The end itself where all is counted, and for the last scope where the counter stood still.
     const bool whole = part == all && (all != 0 || i == count_);
     const std::int64_t end =
