@@ -54,10 +54,17 @@ void SolidByRows(const LimitTriangle& triangle, LimitFrame frame, std::uint32_t 
   }
 }
 
+/// Words at offsets in words, all lanes.
+LANE_FN Ints GatherParts(const void* base, const Ints& offsets) {
+  Ints words;
+  for (int part = 0; part < kParts; ++part) SetPart(words, part, Gather(base, PartOf(offsets, part)));
+  return words;
+}
+
 void SolidByGathers(const LimitTriangle& triangle, LimitFrame frame, std::uint32_t color) {
   const Ints solid = Splat(static_cast<std::int32_t>(color));
-  const Ints places =
-      Add(Mul(LaneRows(), Ints(Splat(static_cast<std::int32_t>(kStride)))), ShiftLeft<2>(LaneColumns()));
+  const Ints words = Add(Mul(LaneRows(), Ints(Splat(kLimitWidth))), LaneColumns());
+  const Ints places = ShiftLeft<2>(words);
   for (int y = 0; y < kLimitHeight; y += 8) {
     for (int x = 0; x < kLimitWidth; x += 8) {
       for (int plane = 0; plane < 4; ++plane) {
@@ -66,7 +73,7 @@ void SolidByGathers(const LimitTriangle& triangle, LimitFrame frame, std::uint32
         char* const depth = reinterpret_cast<char*>(frame.depth) + first;
         Floats z;
         const Mask pass = Cover(triangle, Centres(LaneColumns(), x + dx), Centres(LaneRows(), y + dy),
-                                FromBits(Gather(depth, places)), z);
+                                FromBits(GatherParts(depth, words)), z);
         ScatterLive(depth, places, Bits(z), pass);
         ScatterLive(reinterpret_cast<char*>(frame.color) + first, places, solid, pass);
       }
@@ -95,22 +102,23 @@ LANE_FN Ints Bilinear(const std::uint32_t* texels, Floats s, Floats t) {
   const Floats column = Floor(fs), row = Floor(ft);
   const Ints last = Splat(kLimitTexture - 1), next = Splat(1);
   const Ints x0 = And(Truncate(column), last), y0 = And(Truncate(row), last);
-  const Ints upper = Mul(y0, Ints(Splat(kLimitTexture * 4)));
-  const Ints lower = Mul(And(Add(y0, next), last), Ints(Splat(kLimitTexture * 4)));
+  const Ints upper = Mul(y0, Ints(Splat(kLimitTexture)));
+  const Ints lower = Mul(And(Add(y0, next), last), Ints(Splat(kLimitTexture)));
   Ints texel[4];  // upper left, upper right, lower left, lower right
-  const Ints left = ShiftLeft<2>(x0);
-  if constexpr (kHow == TexelLoads::kPairs) {  // the texture has a word behind it, and one column repeats: a limit
-    GatherPairs(texels, Add(upper, left), texel[0], texel[1]);
-    GatherPairs(texels, Add(lower, left), texel[2], texel[3]);
-  } else {
-    const Ints right = ShiftLeft<2>(And(Add(x0, next), last));
-    const Ints places[4] = {Add(upper, left), Add(upper, right), Add(lower, left), Add(lower, right)};
-    for (int i = 0; i < 4; ++i) {
-      for (int part = 0; part < kParts; ++part) {
-        const IntsPart place = PartOf(places[i], part);
-        SetPart(texel[i], part, kHow == TexelLoads::kGathers ? Gather(texels, place) : GatherByLoads(texels, place));
+  const Ints right = And(Add(x0, next), last);
+  const Ints places[4] = {Add(upper, x0), Add(upper, right), Add(lower, x0), Add(lower, right)};
+  for (int part = 0; part < kParts; ++part) {
+    IntsPart at[4], word[4];
+    for (int i = 0; i < 4; ++i) at[i] = PartOf(places[i], part);
+    if constexpr (kHow == TexelLoads::kPairs) {  // the texture has a word behind it, and one column repeats: a limit
+      GatherPairs(texels, at[0], word[0], word[1]);
+      GatherPairs(texels, at[2], word[2], word[3]);
+    } else {
+      for (int i = 0; i < 4; ++i) {
+        word[i] = kHow == TexelLoads::kGathers ? Gather(texels, at[i]) : GatherByLoads<4>(texels, at[i]);
       }
     }
+    for (int i = 0; i < 4; ++i) SetPart(texel[i], part, word[i]);
   }
   const Floats wx = Sub(fs, column), wy = Sub(ft, row), vx = Sub(one, wx), vy = Sub(one, wy);
   const Floats weight[4] = {Mul(vx, vy), Mul(wx, vy), Mul(vx, wy), Mul(wx, wy)};
