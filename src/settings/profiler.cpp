@@ -115,7 +115,8 @@ DividedScopes::DividedScopes(const char* name, std::int64_t& mark) noexcept : no
 }
 
 DividedScopes::~DividedScopes() {
-  Divide();
+  Settle();
+  figures_.AddEmpties(empties_);
   AddFigures(*node_, figures_);
   CurrentThreadGuard().profileCursor = node_->parent;
 }
@@ -123,34 +124,36 @@ DividedScopes::~DividedScopes() {
 void DividedScopes::End() noexcept {
   const std::uint64_t counter = ProcessorCounter(), before = boundaries_[count_];
   boundaries_[++count_] = counter > before ? counter : before;
-  any_ = true;
   if (count_ == kMost) Divide();
-}
-
-void DividedScopes::EndEmpty() noexcept {
-  boundaries_[count_ + 1] = boundaries_[count_];
-  if (++count_ == kMost) Divide();
 }
 
 void DividedScopes::Divide() noexcept {
   const std::int64_t start = mark_;
-  if (any_) mark_ = TicksNow();
+  mark_ = TicksNow();
   const auto since = [this](int i) { return static_cast<std::int64_t>(boundaries_[i] - boundaries_[0]); };
-  const std::int64_t all = since(count_);
-  const double ticksACount = all != 0 ? static_cast<double>(mark_ - start) / static_cast<double>(all) : 0.0;
+  const std::int64_t all = since(count_), span = mark_ - start;
+  const double ticksACount = all != 0 ? static_cast<double>(span) / static_cast<double>(all) : 0.0;
+  // Between floats and integers of 32 bits there are instructions in all builds.
+  const bool small = all <= INT32_MAX && span < INT32_MAX;
   std::int64_t begin = start;
   for (int i = 1; i <= count_; ++i) {
     const std::int64_t part = since(i);
-    // The end itself where all is counted, and for the last scope where the counter stood still.
-    const bool whole = part == all && (all != 0 || i == count_);
-    const std::int64_t end =
-        whole ? mark_ : std::min(mark_, start + static_cast<std::int64_t>(static_cast<double>(part) * ticksACount));
+    std::int64_t end = mark_;  // where all is counted, and for the last scope where the counter stood still
+    if (part != all || (all == 0 && i != count_)) {
+      end = small ? start + static_cast<std::int32_t>(static_cast<std::int32_t>(part) * ticksACount)
+                  : start + static_cast<std::int64_t>(static_cast<double>(part) * ticksACount);
+      end = std::min(end, mark_);
+    }
     figures_.Add(end - begin);
     begin = end;
   }
-  boundaries_[0] = boundaries_[count_];
+  boundaries_[0] = ProcessorCounter();
   count_ = 0;
-  any_ = false;
+}
+
+void DividedScopes::Skip() noexcept {
+  mark_ = TicksNow();
+  boundaries_[0] = ProcessorCounter();
 }
 
 void ProfileReset() {

@@ -30,6 +30,10 @@ class ScopeTimer {
 struct ScopeFigures {
   std::uint64_t total = 0, calls = 0, least = ~std::uint64_t{0}, greatest = 0;
 
+  void AddEmpties(std::uint64_t count) noexcept {
+    calls += count;
+    if (count != 0) least = 0;
+  }
   void Add(std::int64_t elapsed) noexcept {
     const auto ticks = static_cast<std::uint64_t>(elapsed);
     ++calls;
@@ -62,9 +66,9 @@ class ScopeSeries {
   ScopeFigures figures_;
 };
 
-/// The same of scopes that are short beside a reading of the clock: it is read once for some of them, and moves `mark`
-/// on. How much of the time since fell to each, the processor's counter tells, which is read at each boundary. Where
-/// nothing happened in any of them, the clock is not read and none took any time.
+/// The same of scopes that are short beside a reading of the clock: it is read once for some of them, at most 16, and
+/// moves `mark` on. How much of the time since fell to each, the processor's counter tells, which is read at each
+/// boundary. Scopes in which nothing happened take no time.
 class DividedScopes {
  public:
   DividedScopes(const char* name, std::int64_t& mark) noexcept;
@@ -74,8 +78,14 @@ class DividedScopes {
 
   /// Ends a scope now.
   void End() noexcept;
-  /// Ends one in which nothing happened.
-  void EndEmpty() noexcept;
+  /// Ends some in which nothing happened.
+  void EndEmpty(std::uint64_t count = 1) noexcept { empties_ += count; }
+  /// Where no scope has ended since the last call: what has passed until now is none's.
+  void Skip() noexcept;
+  /// Moves the mark to now if a scope has ended since it was moved.
+  void Settle() noexcept {
+    if (count_ != 0) Divide();
+  }
 
  private:
   static constexpr int kMost = 16;
@@ -86,7 +96,7 @@ class DividedScopes {
   std::int64_t& mark_;
   std::uint64_t boundaries_[kMost + 1];
   int count_ = 0;
-  bool any_ = false;  // something happened
+  std::uint64_t empties_ = 0;
   ScopeFigures figures_;
 };
 std::int64_t ProfileMark() noexcept;
@@ -114,7 +124,9 @@ class DividedScopes {
  public:
   DividedScopes(ScopeName, std::int64_t&) noexcept {}
   void End() noexcept {}
-  void EndEmpty() noexcept {}
+  void EndEmpty(std::uint64_t = 1) noexcept {}
+  void Skip() noexcept {}
+  void Settle() noexcept {}
 };
 inline std::int64_t ProfileMark() noexcept { return 0; }
 inline void ProfileReport(std::FILE*) {}

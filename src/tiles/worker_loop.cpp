@@ -110,13 +110,22 @@ void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std
   }
 }
 
-void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile, const MacroTile& next,
-                     std::int64_t& mark) {
-  const MacroTile macro = MicroRange(frame, tile);
+bool AllEmpty(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
+  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
+    for (std::int32_t x = macro.microX0; x < macro.microX1; ++x)
+      if (!state.tileLists[MicroIndex(frame, x, y)].empty()) return false;
+  return true;
+}
+
+void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, const MacroTile& macro, const MacroTile& next,
+                     DividedScopes& microScopes) {
   const bool clears = Any(frame.clears);
-  if (clears && ClearAhead(state, frame, macro)) mark = ProfileMark();  // its time is the macro tile's own
+  if (!clears && AllEmpty(state, frame, macro)) {
+    microScopes.EndEmpty(static_cast<std::uint64_t>((macro.microX1 - macro.microX0) * (macro.microY1 - macro.microY0)));
+    return;
+  }
+  if (clears && ClearAhead(state, frame, macro)) microScopes.Skip();  // its time is the macro tile's own
   FetchMacroTile(state, frame, next);
-  DividedScopes microScopes("tlr2::RasterizeTile", mark);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
@@ -146,18 +155,20 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, std::int
       microScopes.End();
     }
   }
+  microScopes.Settle();
 }
 
 /// Rasterises the tiles of the partition, in its order; returns how many.
 std::uint64_t RenderMacroTiles(DriverState& state, const FrameTaskContext& frame, const WorkerPartition& partition) {
   std::int64_t mark = ProfileMark();
   ScopeSeries macroScopes("tlr2::RenderMacroTile", mark);
+  DividedScopes microScopes("tlr2::RasterizeTile", mark);
   std::uint64_t macroTiles = 0;
   for (std::size_t i = 0; i < partition.size(); ++i) {
     if (partition[i] / frame.macroCols >= frame.macroRows) continue;
     ++macroTiles;
     const MacroTile next = i + 1 < partition.size() ? MicroRange(frame, partition[i + 1]) : MacroTile{};
-    RenderMacroTile(state, frame, partition[i], next, mark);
+    RenderMacroTile(state, frame, MicroRange(frame, partition[i]), next, microScopes);
     macroScopes.EndAtMark();
   }
   return macroTiles;

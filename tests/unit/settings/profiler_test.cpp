@@ -225,6 +225,31 @@ TEST(Profiler, DividedScopesAreAsManyAsOneLikes) {
   EXPECT_LE(node->maxTicks.load(), node->totalTicks.load());
 }
 
+TEST(Profiler, DividedScopesSkipWhatIsNoneOfTheirs) {
+  std::int64_t mark = 0, start = 0, skipped = 0;
+  const ProfileNode* root = RootAfter([&] {
+    start = mark = ProfileMark();
+    DividedScopes scopes(kOuter, mark);
+    scopes.End();
+    scopes.Settle();
+    const std::int64_t settled = mark;
+    scopes.Settle();
+    EXPECT_EQ(mark, settled) << "no scope has ended";
+    BeBusy(3000);
+    scopes.Skip();
+    skipped = mark - settled;
+    BeBusy(1000);
+    scopes.End();
+    scopes.End();
+  });
+  const ProfileNode* node = Children(root)[0];
+  const auto millisecond = static_cast<std::uint64_t>(TicksPerSecond() / 1000);
+  EXPECT_EQ(node->calls.load(), 3u);
+  EXPECT_GE(static_cast<std::uint64_t>(skipped), 3 * millisecond);
+  EXPECT_EQ(node->totalTicks.load(), static_cast<std::uint64_t>(mark - start - skipped));
+  EXPECT_GE(node->maxTicks.load(), millisecond - millisecond / 10);
+}
+
 TEST(Profiler, DividedScopesInWhichNothingHappenedTakeNoTime) {
   std::int64_t mark = 0, start = 0;
   const ProfileNode* root = RootAfter([&] {
