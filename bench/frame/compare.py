@@ -17,7 +17,8 @@ Tables, of which --table takes one:
   workers   how many times faster two workers are than one
   sizes     nanoseconds a covered fragment (8 a pixel) at 1920x1080 and at 640x480
   wine      the driver's own time in the Windows build under Wine (--windows) beside the native 32-bit one (--build);
-            showing the picture, which the native build does not, is taken out and stands in a column of its own
+            showing the picture, which the native build does not, is taken out and stands in a column of its own; frames
+            of both start with cold caches (--sweep)
   --against CONFIGURATION   another configuration of ours beside the one that the options name: KEY=VALUE,... with the
             keys build, isa, threads, size and spin, as in --against isa=avx,threads=2
 
@@ -185,7 +186,7 @@ def wine_tables(options):
                         "own time under Wine over native",
                         {"native": ours(options, threads=threads, size=at), "wine": under_wine(options, threads, at)},
                         [Pair("wine/native", "wine", "native", lambda scene: 1.2, most=True)], list(GOALS), at, threads,
-                        shows=["wine"], behind=options.behind)
+                        shows=["wine"], behind=f"{options.behind} {options.sweep}")
 
 
 def against_tables(options):
@@ -287,6 +288,9 @@ def parse():
     parser.add_argument("--passes", type=int, default=6, help="most passes over the scenes, default: 6")
     parser.add_argument("--behind", type=int, default=5,
                         help="milliseconds behind each frame of the wine table, in which its picture is shown")
+    parser.add_argument("--sweep", type=int, default=64,
+                        help="MiB walked over behind each frame of the wine table: showing a picture there is 20 ms of "
+                        "work on this processor, which leaves the next frame cold caches; so both sides start with such")
     parser.add_argument("--isa", default="auto")
     parser.add_argument("--spin", help="TLR2_RJQ_IDLE_SPIN_US of our processes")
     parser.add_argument("--osmesa", default="libOSMesa.so.8")

@@ -3,9 +3,11 @@
 // usage: frame_host tlr2|osmesa LIBRARY [PICTURE.ppm]     frame_host --list
 // Lines that it reads, and its answers:
 //   open SCENE WIDTH HEIGHT    "ok"
-//   turn FRAME COUNT PAUSE     "times" and for each of COUNT frames its milliseconds: wall, processor, chain, present.
+//   turn FRAME COUNT PAUSE [SWEEP]
+//                              "times" and for each of COUNT frames its milliseconds: wall, processor, chain, present.
 //                              Frame number FRAME of the scene is drawn COUNT times, after one that nobody times: it
-//                              finds the caches as the other library left them. PAUSE milliseconds lie behind each.
+//                              finds the caches as the other library left them. PAUSE milliseconds lie behind each, and
+//                              a walk over SWEEP MiB, which leaves no frame's memory in the caches.
 //   close                      "ok"; writes the picture when one was asked for
 // Anything else, or what fails: "error TEXT".
 #include <algorithm>
@@ -57,10 +59,18 @@ std::string Open(std::istringstream& words, std::unique_ptr<OpenScene>& open) {
   return "ok";
 }
 
+void SweepCaches(int mebibytes) {
+  static std::vector<unsigned char> memory;
+  memory.resize(static_cast<std::size_t>(mebibytes) << 20);
+  for (std::size_t i = 0; i < memory.size(); i += 64) ++memory[i];
+}
+
 std::string Turn(std::istringstream& words, OpenScene* open) {
-  int frame = 0, count = 0, pause = 0;
+  int frame = 0, count = 0, pause = 0, sweep = 0;
   words >> frame >> count >> pause;
   if (!words || open == nullptr || count < 1) return "error bad request";
+  if (!(words >> sweep)) sweep = 0;
+  if (sweep < 0 || sweep > 1024) return "error bad request";
   std::ostringstream answer;
   answer << "times";
   for (int i = -1; i < count; ++i) {
@@ -74,6 +84,7 @@ std::string Turn(std::istringstream& words, OpenScene* open) {
     times.present = bench::PresentMilliseconds();
     if (i >= 0) answer << ' ' << times.wall << ' ' << times.processor << ' ' << times.chain << ' ' << times.present;
     if (pause > 0) std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+    if (sweep > 0) SweepCaches(sweep);
   }
   return answer.str();
 }

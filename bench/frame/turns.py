@@ -80,8 +80,9 @@ def ratio_range(over, under, scene, statistic):
 
 
 def run_pass(sides, scene, *, statistic, measure, frames, behind):
-    """Runs a scene once. Where a side tells what showing its picture took, that is no part of a frame's time; `behind`
-    milliseconds lie behind each frame, for sides that show a picture while they already draw the next one."""
+    """Runs a scene once. Where a side tells what showing its picture took, that is no part of a frame's time; Behind
+    each frame lie `behind` milliseconds, for sides that show a picture while they already draw the next one; with a second
+    number, a walk over so many MiB too."""
     numbers = FRAMES_OF.get(scene, (0,))
     for side in sides:
         side.ask(f"open {scene} {side.width} {side.height}")
