@@ -30,7 +30,7 @@ def main() -> int:
     environment = set(re.findall(r"^\| `(TLR2_\w+)` \|", section("Environment"), re.MULTILINE))
     compare("variables", environment, set(re.findall(r'ReadEnvironment\w*\("(TLR2_\w+)"', code)))
     scopes = set(re.findall(r"^\| `([\w:]+)` \|", section("Scopes"), re.MULTILINE))
-    compare("scopes", scopes, set(re.findall(r'Scope(?:Timer|Series) \w+\("([^"]+)"', code)))
+    compare("scopes", scopes, set(re.findall(r'(?:ScopeTimer|ScopeSeries|DividedScopes) \w+\("([^"]+)"', code)))
     files = set(re.findall(r"^\| `(TLR2_[^`]+)` \|", document[:document.index("## The call summary")], re.MULTILINE))
     compare("files", files, set(re.findall(r'"(TLR2_[^"]+\.(?:log|tlr2-\w+))"', code)))
 

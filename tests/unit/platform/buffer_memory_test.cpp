@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "sanitizers.h"
+
 namespace tlr2 {
 namespace {
 
@@ -40,7 +42,7 @@ TEST(BufferMemory, OfALargePagesSizeStartsAtALargePage) {
 }
 #endif
 
-#ifndef __SANITIZE_ADDRESS__  // it ends the process where an allocator would refuse
+#if !TLR2_ADDRESS_SANITIZER && !TLR2_THREAD_SANITIZER  // they end the process where an allocator refuses
 TEST(BufferMemory, IsNullWhereThereIsNone) {
   for (const std::size_t bytes : {SIZE_MAX / 2 + 1, SIZE_MAX - 4096}) {
     volatile std::size_t asked = bytes;  // compilers warn of a size that they can see
