@@ -69,8 +69,8 @@ std::string Turn(std::istringstream& words, OpenScene* open) {
   int frame = 0, count = 0, pause = 0, sweep = 0;
   words >> frame >> count >> pause;
   if (!words || open == nullptr || count < 1) return "error bad request";
-  if (!(words >> sweep)) sweep = 0;
-  if (sweep < 0 || sweep > 1024) return "error bad request";
+  words >> std::ws;
+  if (!words.eof() && (!(words >> sweep) || sweep < 0 || sweep > 1024)) return "error bad request";
   std::ostringstream answer;
   answer << "times";
   for (int i = -1; i < count; ++i) {

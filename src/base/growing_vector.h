@@ -1,5 +1,5 @@
-// The driver's growing vector of plain records: keeps its capacity when emptied, grows by half, and aligns large
-// blocks for the vector units.
+// The driver's growing vector of plain records: keeps its capacity when emptied, grows by half, and starts large
+// blocks at a line of the caches.
 #pragma once
 
 #include <cstddef>

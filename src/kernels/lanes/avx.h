@@ -126,35 +126,6 @@ LANE_FN IntsPart GatherByLoads(const void* base, const IntsPart& offsets) {
 }
 /// Words at offsets in words, all lanes.
 LANE_FN IntsPart Gather(const void* base, const IntsPart& offsets) { return GatherByLoads<4>(base, offsets); }
-/// Two lanes' words and the words right behind them.
-LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
-  return _mm_loadh_pi(
-      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * 4))),
-      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * 4));
-}
-/// Four lanes' pairs: 0, 1, 4, 5 or 2, 3, 6, 7, so that a shuffle finds each lane's pair in the right 128 bits.
-LANE_FN __m256 FourPairs(const char* base, const std::int32_t* o) {
-  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(base, o[0], o[1])), TwoPairs(base, o[4], o[5]), 1);
-}
-LANE_FN void PartPairs(__m256 low, __m256 high, IntsPart& first, IntsPart& second) {
-  first.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0x88));
-  second.v = _mm256_castps_si256(_mm256_shuffle_ps(low, high, 0xDD));
-}
-/// The words at offsets in words and the words right behind them.
-LANE_FN void GatherPairs(const void* base, const IntsPart& offsets, IntsPart& first, IntsPart& second) {
-  const char* bytes = static_cast<const char*>(base);
-  const std::int32_t* o = WordsOf(offsets);
-  PartPairs(FourPairs(bytes, o), FourPairs(bytes, o + 2), first, second);
-}
-/// The same from two bases.
-LANE_FN void GatherSquares(const char* upper, const char* lower, const IntsPart& offsets, IntsPart& upperFirst,
-                           IntsPart& upperSecond, IntsPart& lowerFirst, IntsPart& lowerSecond) {
-  const std::int32_t* o = WordsOf(offsets);
-  const __m256 upperLow = FourPairs(upper, o), lowerLow = FourPairs(lower, o);
-  const __m256 upperHigh = FourPairs(upper, o + 2), lowerHigh = FourPairs(lower, o + 2);
-  PartPairs(upperLow, upperHigh, upperFirst, upperSecond);
-  PartPairs(lowerLow, lowerHigh, lowerFirst, lowerSecond);
-}
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN IntsPart GatherLive(const void* base, IntsPart byteOffsets, MaskPart live) {
   alignas(32) std::int32_t o[8], words[8] = {};
@@ -181,6 +152,7 @@ LANE_FN void ScatterLive(void* base, IntsPart byteOffsets, IntsPart words, MaskP
 
 #include "kernels/lanes/bytes.h"
 #include "kernels/lanes/pair.h"
+#include "kernels/lanes/pairs8.h"
 
 namespace tlr2 {
 namespace {
