@@ -19,8 +19,8 @@ struct ReplayTimes {
 /// One request at a time, guarded by `lock`.
 struct ReplaySlot {
   CriticalSection lock;
-  EventHandle request;  // auto-reset
-  EventHandle done;     // manual-reset
+  Event request;  // taken by the thread
+  Event done;     // stays until the next request
   ThreadHandle thread;
   bool threadStarted = false;
   bool stop = false;
@@ -52,7 +52,7 @@ bool ReplayInline(CommandStream& stream, const Keyframe* keyframe, bool allowPar
 /// Not allowed to throw: a vector's failure inside the replay ends the process here, as it does on any other thread.
 void ReplayThreadMain(void*) noexcept {
   const FloatRules rules;
-  EventWait(slot.request, kNoTimeout);
+  EventTake(slot.request);
   Lock(slot.lock);
   while (!slot.stop) {
     FrameJob* job = slot.pending ? slot.job : nullptr;
@@ -78,30 +78,19 @@ void ReplayThreadMain(void*) noexcept {
     slot.times.finished = times.finished;
     Unlock(slot.lock);
     EventSet(slot.done);
-    EventWait(slot.request, kNoTimeout);
+    EventTake(slot.request);
     Lock(slot.lock);
   }
   Unlock(slot.lock);
-}
-
-void CloseEvents() noexcept {
-  if (slot.request.native != nullptr) EventClose(slot.request);
-  if (slot.done.native != nullptr) EventClose(slot.done);
-  slot.request = {};
-  slot.done = {};
 }
 
 }  // namespace
 
 bool StartReplayThread() noexcept {
   if (slot.threadStarted) return true;
-  if (!EventCreate(slot.request, false) || !EventCreate(slot.done, true) ||
-      !ThreadStart(slot.thread, ReplayThreadMain, nullptr)) {
-    CloseEvents();
-    return false;
-  }
-  slot.threadStarted = true;
-  return true;
+  EventReset(slot.request);
+  slot.threadStarted = ThreadStart(slot.thread, ReplayThreadMain, nullptr);
+  return slot.threadStarted;
 }
 
 void StopReplayThread() noexcept {
@@ -113,7 +102,6 @@ void StopReplayThread() noexcept {
   if (!ThreadWait(slot.thread, kStopTimeoutMs)) ThreadTerminate(slot.thread);
   ThreadClose(slot.thread);
   slot.thread = {};
-  CloseEvents();
   slot.threadStarted = false;
   slot.stop = false;
   slot.pending = false;
@@ -131,7 +119,7 @@ bool RunFrameBuild(FrameJob& job, bool allowParallel) {
   slot.pending = true;
   Unlock(slot.lock);
   EventSet(slot.request);
-  EventWait(slot.done, kNoTimeout);
+  EventWait(slot.done);
 
   Lock(slot.lock);
   const bool result = slot.result;

@@ -1,4 +1,4 @@
-// Address waits, event objects, and the short lock. The lock is the system's slim one: it is a pointer wide, unlocked
+// Address waits and the short lock. The lock is the system's slim one: it is a pointer wide, unlocked
 // when zero, and needs nothing of the C runtime at library load.
 #include "platform/sync.h"
 
@@ -23,25 +23,6 @@ void WaitOnWord(const std::atomic<std::int32_t>& word, std::int32_t expected) no
   WaitOnAddress(AddressOf(word), &expected, sizeof expected, INFINITE);
 }
 void WakeAllOnWord(const std::atomic<std::int32_t>& word) noexcept { WakeByAddressAll(AddressOf(word)); }
-
-bool EventCreate(EventHandle& event, bool manualReset) noexcept {
-  event.native = CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, nullptr);
-  return event.native != nullptr;
-}
-void EventSet(const EventHandle& event) noexcept {
-  if (event.native != nullptr) SetEvent(event.native);
-}
-void EventReset(const EventHandle& event) noexcept {
-  if (event.native != nullptr) ResetEvent(event.native);
-}
-bool EventWait(const EventHandle& event, std::uint32_t timeoutMs) noexcept {
-  static_assert(INFINITE == 0xFFFFFFFF);
-  return event.native != nullptr && WaitForSingleObject(event.native, timeoutMs) == WAIT_OBJECT_0;
-}
-void EventClose(EventHandle& event) noexcept {
-  if (event.native != nullptr) CloseHandle(event.native);
-  event.native = nullptr;
-}
 
 void Lock(CriticalSection& section) noexcept { AcquireSRWLockExclusive(LockOf(section)); }
 void Unlock(CriticalSection& section) noexcept { ReleaseSRWLockExclusive(LockOf(section)); }

@@ -4,7 +4,6 @@
 #include <thread>
 #include <vector>
 
-#include "platform/clock.h"
 #include "platform/sync.h"
 #include "platform/thread.h"
 
@@ -35,68 +34,79 @@ TEST(Platform, WakeAllReleasesEverySleeper) {
   EXPECT_EQ(through.load(), 4);
 }
 
-TEST(Platform, AutoResetEventIsTakenByOneWait) {
-  EventHandle event;
-  ASSERT_TRUE(EventCreate(event, false));
-  EXPECT_FALSE(EventWait(event, 0));
+TEST(Platform, TakenEventIsResetHoweverOftenItWasSet) {
+  Event event;
   EventSet(event);
   EventSet(event);
-  EXPECT_TRUE(EventWait(event, 0));
-  EXPECT_FALSE(EventWait(event, 0));
+  EventTake(event);
+  EXPECT_EQ(event.signalled.load(), 0);
   EventSet(event);
   EventReset(event);
-  EXPECT_FALSE(EventWait(event, 0));
-  EventClose(event);
-  EXPECT_EQ(event.native, nullptr);
+  EXPECT_EQ(event.signalled.load(), 0);
 }
 
-TEST(Platform, ManualResetEventStaysSignalled) {
-  EventHandle event;
-  ASSERT_TRUE(EventCreate(event, true));
+TEST(Platform, WaitedForEventStaysSignalled) {
+  Event event;
   EventSet(event);
-  EXPECT_TRUE(EventWait(event, 0));
-  EXPECT_TRUE(EventWait(event, kNoTimeout));
-  EventReset(event);
-  EXPECT_FALSE(EventWait(event, 1));
-  EventClose(event);
+  EventWait(event);
+  EventWait(event);
+  EXPECT_EQ(event.signalled.load(), 1);
 }
 
-TEST(Platform, EventWaitTakesItsTimeAndNoLess) {
-  EventHandle event;
-  ASSERT_TRUE(EventCreate(event, false));
-  const std::int64_t start = TicksNow();
-  EXPECT_FALSE(EventWait(event, 50));
-  EXPECT_GE((TicksNow() - start) * 1000 / TicksPerSecond(), 45);
-  EventClose(event);
+TEST(Platform, EachSignalIsTakenByOneThread) {
+  Event event, taken;
+  std::atomic<int> through{0};
+  std::vector<std::thread> takers;
+  for (int i = 0; i < 3; ++i)
+    takers.emplace_back([&] {
+      EventTake(event);
+      through.fetch_add(1);
+      EventSet(taken);
+    });
+  for (int i = 1; i <= 3; ++i) {
+    SleepMs(5);
+    EXPECT_EQ(through.load(), i - 1);
+    EventSet(event);
+    EventTake(taken);
+    EXPECT_EQ(through.load(), i);
+  }
+  for (auto& taker : takers) taker.join();
+  EXPECT_EQ(event.signalled.load(), 0);
 }
 
-TEST(Platform, EventWakesAWaitingThread) {
-  EventHandle request, answer;
-  ASSERT_TRUE(EventCreate(request, false) && EventCreate(answer, false));
+TEST(Platform, WaitingThreadSleepsUntilTheEventIsSet) {
+  Event event;
+  std::atomic<int> through{0};
+  std::vector<std::thread> sleepers;
+  for (int i = 0; i < 3; ++i)
+    sleepers.emplace_back([&] {
+      EventWait(event);
+      through.fetch_add(1);
+    });
+  SleepMs(20);
+  EXPECT_EQ(through.load(), 0);
+  EventSet(event);
+  for (auto& sleeper : sleepers) sleeper.join();
+  EXPECT_EQ(through.load(), 3);
+}
+
+TEST(Platform, EventsHandAValueToAnotherThreadAndBack) {
+  Event request, answer;
   int value = 0;  // handed over by the events
   std::thread other([&] {
     for (int i = 0; i < 1000; ++i) {
-      EventWait(request, kNoTimeout);
+      EventTake(request);
       ++value;
       EventSet(answer);
     }
   });
   for (int i = 1; i <= 1000; ++i) {
+    EventReset(answer);
     EventSet(request);
-    ASSERT_TRUE(EventWait(answer, kNoTimeout));
+    EventWait(answer);
     ASSERT_EQ(value, i);
   }
   other.join();
-  EventClose(request);
-  EventClose(answer);
-}
-
-TEST(Platform, AbsentEventIsNeverSignalled) {
-  EventHandle none;
-  EventSet(none);
-  EventReset(none);
-  EXPECT_FALSE(EventWait(none, 0));
-  EventClose(none);
 }
 
 TEST(Platform, LockKeepsOthersOut) {
