@@ -20,11 +20,13 @@ namespace {
 constexpr auto kQuietFor = std::chrono::seconds(1);
 constexpr auto kBetween = std::chrono::milliseconds(100);
 
-volatile std::sig_atomic_t interrupted = 0;
+// Set on the thread that the signal meets, read on those that work and on the one that watches the limits.
+std::atomic<int> interrupted{0};
+static_assert(std::atomic<int>::is_always_lock_free);
 std::atomic<bool> progressShows{false};
 
 extern "C" void OnInterrupt(int signal) {
-  interrupted = 1;
+  interrupted.store(1, std::memory_order_relaxed);
   std::signal(signal, SIG_DFL);
 }
 
@@ -63,7 +65,7 @@ std::string Format(const char* format, ...) {
   return text;
 }
 
-bool Interrupted() noexcept { return interrupted != 0; }
+bool Interrupted() noexcept { return interrupted.load(std::memory_order_relaxed) != 0; }
 
 void StopIfInterrupted() {
   if (Interrupted()) throw CommandFailure{kFailed, "interrupted"};

@@ -36,6 +36,7 @@ EarlyEnd earlyEnd;
 [[noreturn]] void EndEarly(const char* message) noexcept {
   Progress::Clear();
   std::fprintf(stderr, "tlr2_replay: %s\n", message);
+  earlyEnd.lock.lock();  // and never given back: who asks from here on waits for the end
   for (const char* path : earlyEnd.paths) {
     if (path[0] != '\0') std::remove(path);
   }
