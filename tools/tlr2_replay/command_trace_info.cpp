@@ -34,7 +34,8 @@ Counts OfAllFrames(const TraceSummary& summary) {
 /// Greatest first, equal ones by name.
 std::vector<Row> Ranked(const Counts& counts) {
   std::vector<Row> rows(counts.begin(), counts.end());
-  std::stable_sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) { return a.second > b.second; });
+  std::sort(rows.begin(), rows.end(),
+            [](const Row& a, const Row& b) { return a.second != b.second ? a.second > b.second : a.first < b.first; });
   return rows;
 }
 

@@ -15,11 +15,13 @@ std::uint64_t SumOfChildren(const ProfileSummary& node) {
   return sum;
 }
 
+/// Equal ones as they stand in `nodes`.
 std::vector<const ProfileSummary*> LongestFirst(const std::vector<ProfileSummary>& nodes) {
   std::vector<const ProfileSummary*> sorted;
   for (const ProfileSummary& node : nodes) sorted.push_back(&node);
-  std::stable_sort(sorted.begin(), sorted.end(),
-                   [](const ProfileSummary* a, const ProfileSummary* b) { return a->totalTicks > b->totalTicks; });
+  std::sort(sorted.begin(), sorted.end(), [](const ProfileSummary* a, const ProfileSummary* b) {
+    return a->totalTicks != b->totalTicks ? a->totalTicks > b->totalTicks : a < b;
+  });
   return sorted;
 }
 
