@@ -34,11 +34,11 @@ LANE_FN Centres TileCentres(const Tile& tile) {
   return c;
 }
 
-LANE_FN TileCorners CornersOf(const Tile& tile) {
-  const Quad left = SplatQuad(static_cast<float>(tile.x0) + 0.5f),
-             right = SplatQuad(static_cast<float>(tile.x0 + 7) + 0.5f);
-  const Quad top = SplatQuad(static_cast<float>(tile.y0) + 0.5f),
-             bottom = SplatQuad(static_cast<float>(tile.y0 + kStepRows - 1) + 0.5f);
+/// Of the rows from `y0` on, `rows` of them.
+LANE_FN TileCorners CornersOf(std::int32_t x0, std::int32_t y0, std::int32_t rows) {
+  const Quad left = SplatQuad(static_cast<float>(x0) + 0.5f), right = SplatQuad(static_cast<float>(x0 + 7) + 0.5f);
+  const Quad top = SplatQuad(static_cast<float>(y0) + 0.5f),
+             bottom = SplatQuad(static_cast<float>(y0 + rows - 1) + 0.5f);
   return {left, right, top, bottom, CornerColumns(left, right), CornerRows(top, bottom)};
 }
 

@@ -33,9 +33,25 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
          Finite(t.y[2]);
 }
 
-/// Sets the edges up and tells how the triangle lies to the tile. Products, differences and fused products round
-/// monotonically, so the edge values at the corner centres bound those at all centres between them: outside one edge at
-/// four corners is outside at every pixel, inside all edges at four corners inside at every pixel.
+/// The biased edge values at the corner centres, mirrored so that inside is never below 0. Products, differences and
+/// fused products round monotonically, so these bound the values at all centres between them: outside one edge at four
+/// corners is outside at every pixel, inside all edges at four corners inside at every pixel.
+LANE_FN Quads CornerValues(const TileCorners& corners, Quad x, Quad y, Quad dx, Quad dy, Quad bias, Quad mirror) {
+  const Quads product = Mul(Each(dy), Sub(corners.columns, Each(x)));
+  const Quads value = MulSub(Each(dx), Sub(corners.rows, Each(y)), product);
+  return Xor(Add(value, Each(bias)), Each(mirror));
+}
+
+/// How the triangle lies to a part of the tile for which its edges were set up.
+[[gnu::noinline]] Place PlaceAt(const TileCorners& corners, const Edges& edges) {
+  const Quad mirror = edges.positive ? SplatQuad(0.0f) : SplatQuad(-0.0f);
+  const Quads values = CornerValues(corners, LoadQuad(edges.x), LoadQuad(edges.y), LoadQuad(edges.dx),
+                                    LoadQuad(edges.dy), LoadQuad(edges.bias), mirror);
+  if (OneBelowAtAll(values)) return Place::kNowhere;
+  return NotBelowAtAny(values) ? Place::kEverywhere : Place::kPartly;
+}
+
+/// Sets the edges up and tells how the triangle lies to the tile.
 ///
 /// Not inlined, so that `edges` lies in memory: its values are then spread over the lanes as they are loaded, where the
 /// compiler would otherwise keep more spread copies than there are registers.
@@ -58,9 +74,7 @@ LANE_FN bool FiniteVertices(const TriangleRecord& t, float area) {
   const Quad bias = Xor(And(inclusive, signBit), Xor(SplatQuad(-kEdgeBias), mirror));
   StoreQuad(edges.bias, bias);
 
-  const Quads product = Mul(Each(dy), Sub(corners.columns, Each(x)));
-  const Quads value = MulSub(Each(dx), Sub(corners.rows, Each(y)), product);
-  const Quads mirrored = Xor(Add(value, Each(bias)), Each(mirror));
+  const Quads mirrored = CornerValues(corners, x, y, dx, dy, bias, mirror);
   if (OneBelowAtAll(mirrored)) return Place::kNowhere;
   StoreQuad(edges.x, x);
   StoreQuad(edges.y, y);

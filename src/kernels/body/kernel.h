@@ -45,12 +45,8 @@ namespace {
                                 const TileClears& clears) {
   const float bound = ScanBound(args.triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
   *hizCell = bound;
-  for (std::int32_t y = y0; y < y1; y += kStepRows) {
-    Tile tile;
-    StartTile(tile, x0, y, x1, y1);
-    StartCleared(tile, clears);
-    DrawStep(args, entries, entryCount, bound, tile);
-  }
+  TileDrawing drawing(args, x0, y0, x1, y1, clears);
+  DrawList(args, entries, entryCount, bound, drawing);
 }
 
 }  // namespace

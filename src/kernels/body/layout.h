@@ -8,6 +8,7 @@ namespace {
 constexpr int kPlanes = 4;
 /// Rows that one step over the lanes covers; the 8-lane target takes two steps for a tile.
 constexpr std::int32_t kStepRows = kLanes / 2;
+constexpr int kSteps = 8 / kStepRows;
 
 LANE_FN std::int32_t PlaneDx(int plane) { return plane & 1; }
 LANE_FN std::int32_t PlaneDy(int plane) { return plane >> 1; }

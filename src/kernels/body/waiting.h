@@ -14,8 +14,7 @@ struct WaitingTriangles {
   unsigned taken = 0;  // a bit for each place that has a triangle
   /// One waits, which all pixels show. Its weights, the tile's notes and the depth that it writes are yet to be found.
   bool filling = false;
-  Edges edges[2];     // of the one that fills the step, and of the next triangle
-  int fillEdges = 0;  // which of the two
+  const Edges* fillEdges = nullptr;  // of that one
 
   LANE_FN WaitingTriangles() {}  // leaves what no triangle has set as it is
 
@@ -40,15 +39,13 @@ struct WaitingTriangles {
 
 /// A list being drawn into a step.
 struct StepDrawing {
-  const KernelFrameArgs& args;
-  Tile& tile;
-  const Centres centres;
-  const TileCorners corners;
+  const KernelFrameArgs* args;
+  Tile tile;
+  Centres centres;
   WaitingTriangles waiting;
   int ahead = 4;  // planes that the last triangle came to shade: likely as many as the next one will
 
-  LANE_FN StepDrawing(const KernelFrameArgs& with, Tile& to)
-      : args(with), tile(to), centres(TileCentres(to)), corners(CornersOf(to)) {}
+  LANE_FN StepDrawing() {}  // leaves the rest as it is, too
 };
 
 LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
@@ -63,7 +60,7 @@ LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
   const TriangleRecord& t = *waiting.triangle[place];
   Fragments fragments;
   const Search search = {t, step.tile, fragments, waiting.weights[place], Splat(static_cast<std::int32_t>(place))};
-  const Edges& edges = waiting.edges[waiting.fillEdges];
+  const Edges& edges = *waiting.fillEdges;
   if (WritesDepth(t)) {
     FillEverywhere<true>(search, step.centres, edges);
   } else {
@@ -81,10 +78,10 @@ LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
     const unsigned place = static_cast<unsigned>(__builtin_ctz(left));
     Fragments fragments;
     if (!waiting.FindShown(place, tile, fragments)) continue;
-    if (!fragments.allLive) LoadColor(step.args, tile);
+    if (!fragments.allLive) LoadColor(*step.args, tile);
     tile.colorHeld = true;
     fragments.writesDepth = false;
-    DrawFragments(step.args, *waiting.triangle[place], fragments, waiting.weights[place], step.ahead, tile);
+    DrawFragments(*step.args, *waiting.triangle[place], fragments, waiting.weights[place], step.ahead, tile);
   }
   waiting.taken = 0;
 }
@@ -100,15 +97,15 @@ LANE_FN void LoadColor(const KernelFrameArgs& args, Tile& tile) {
 }
 
 /// Lets an opaque triangle wait that passes at all pixels of the step.
-LANE_FN void WaitEverywhere(StepDrawing& step, const TriangleRecord& t) {
+LANE_FN void WaitEverywhere(StepDrawing& step, const TriangleRecord& t, const Edges& edges) {
   if (step.waiting.filling && !WritesDepth(t)) Fill(step);  // the depth of the one that goes may stay
   step.waiting.Add(t, 0, true);
   step.waiting.filling = true;
-  step.waiting.fillEdges ^= 1;
+  step.waiting.fillEdges = &edges;
 }
 
 /// Lets an opaque triangle wait, as far as it passes.
-[[gnu::noinline]] void Wait(StepDrawing& step, const TriangleRecord& t, Place at, DepthStep depth,
+[[gnu::noinline]] void Wait(StepDrawing& step, const TriangleRecord& t, const Edges& edges, Place at, DepthStep depth,
                             const DepthRange* range) {
   WaitingTriangles& waiting = step.waiting;
   Tile& tile = step.tile;
@@ -120,8 +117,7 @@ LANE_FN void WaitEverywhere(StepDrawing& step, const TriangleRecord& t) {
   const unsigned place = waiting.FreePlace();
   Fragments fragments;
   const Search search = {t, tile, fragments, waiting.weights[place], Splat(static_cast<std::int32_t>(place))};
-  const Edges& edges = waiting.edges[waiting.fillEdges ^ 1];
-  if (!FindFragments<true>(step.args, search, step.centres, edges, at, depth)) return;
+  if (!FindFragments<true>(*step.args, search, step.centres, edges, at, depth)) return;
   if (WritesAtOnce(depth)) {
     tile.depthDirty = true;
     tile.rangeKnown = fragments.allLive && range != nullptr;
