@@ -30,7 +30,8 @@ struct BlockCounts {
 /// triangle with no area to speak of, are 0 and so reject nothing.
 struct EdgeSet {
   Float4 a, b, c;
-  Int4 aNegative, bNegative;
+  // How far right of a tile's left side, and below its upper one, the corner lies that maximises an edge: 0 or a tile.
+  Float4 toRight, toBottom;
 };
 
 struct Box {
@@ -86,8 +87,8 @@ EdgeSet ComputeEdges(const TriangleRecord& t) {
   edges.a = oriented(a);
   edges.b = oriented(b);
   edges.c = oriented(c);
-  edges.aNegative = edges.a < Splat4(0.0f);
-  edges.bNegative = edges.b < Splat4(0.0f);
+  edges.toRight = edges.a < Splat4(0.0f) ? Splat4(0.0f) : Splat4(8.0f);
+  edges.toBottom = edges.b < Splat4(0.0f) ? Splat4(0.0f) : Splat4(8.0f);
   return edges;
 }
 
@@ -103,19 +104,19 @@ EdgeSet ComputeEdges(const TriangleRecord& t) {
   const std::int32_t y1 = std::min((box.maxY + 7) >> 3, std::min(my0 + 4, grid.microRows));
   if (x0 >= x1 || y0 >= y1) return;
 
-  // Of each tile the corner that maximises an edge; the products depend on the column or the row alone.
+  // Of each tile the corner that maximises an edge; the products depend on the column or the row alone. Sides are
+  // multiples of 8, which floats hold exactly below 2^27, but for the frame's own, where the last ones end.
+  const Float4 tile = Splat4(8.0f);
+  const Float4 width = Splat4(static_cast<float>(grid.fbWidth)), height = Splat4(static_cast<float>(grid.fbHeight));
   Float4 columnTerms[4];
-  for (std::int32_t x = x0; x < x1; ++x) {
-    const std::int32_t left = x * 8, right = std::min(left + 8, grid.fbWidth);
-    columnTerms[x - x0] =
-        edges.a * (edges.aNegative != 0 ? Splat4(static_cast<float>(left)) : Splat4(static_cast<float>(right)));
-  }
+  Float4 columns = Splat4(static_cast<float>(x0 * 8)) + edges.toRight;
+  for (std::int32_t x = 0; x < x1 - x0; ++x, columns += tile) columnTerms[x] = edges.a * Min4(columns, width);
   counts.microsConsidered += static_cast<std::uint32_t>((x1 - x0) * (y1 - y0));
-  for (std::int32_t y = y0; y < y1; ++y) {
-    const std::int32_t top = y * 8, bottom = std::min(top + 8, grid.fbHeight);
-    const Float4 rowTerm =
-        edges.b * (edges.bNegative != 0 ? Splat4(static_cast<float>(top)) : Splat4(static_cast<float>(bottom)));
-    TileEntryList* list = grid.lists + (y * grid.microCols + x0);
+  Float4 rows = Splat4(static_cast<float>(y0 * 8)) + edges.toBottom;
+  TileEntryList* row = grid.lists + (y0 * grid.microCols + x0);
+  for (std::int32_t y = y0; y < y1; ++y, rows += tile, row += grid.microCols) {
+    const Float4 rowTerm = edges.b * Min4(rows, height);
+    TileEntryList* list = row;
     for (std::int32_t x = 0; x < x1 - x0; ++x, ++list) {
       const Float4 value = columnTerms[x] + rowTerm + edges.c;
       const bool rejected = AnyLane(value < Splat4(0.0f));
