@@ -47,6 +47,7 @@ namespace {
   *hizCell = bound;
   TileDrawing drawing(args, x0, y0, x1, y1, clears);
   DrawList(args, entries, entryCount, bound, drawing);
+  EndLanes();
 }
 
 }  // namespace

@@ -282,5 +282,9 @@ LANE_FN void StorePlaneRows(void* rows, std::ptrdiff_t strideBytes, Ints even, I
   PutTwoRows(r + 2 * strideBytes, r + 6 * strideBytes, _mm512_mask_blend_epi32(0xCCCC, q, p));
 }
 
+/// Leaves the processor as the callers' code expects it, which knows of no wide registers. Once a tile: the targets'
+/// objects are built without it between their own functions.
+LANE_FN void EndLanes() { _mm256_zeroupper(); }
+
 }  // namespace
 }  // namespace tlr2

@@ -135,5 +135,9 @@ LANE_FN void StoreGroups(void* base, const std::uint16_t* places, FloatsPart x) 
   _mm_store_ps(reinterpret_cast<float*>(first + places[1]), _mm256_extractf128_ps(x.v, 1));
 }
 
+/// Leaves the processor as the callers' code expects it, which knows of no wide registers. Once a tile: the targets'
+/// objects are built without it between their own functions.
+LANE_FN void EndLanes() { _mm256_zeroupper(); }
+
 }  // namespace
 }  // namespace tlr2

@@ -254,5 +254,8 @@ LANE_FN void StorePlaneRows(void* rows, std::ptrdiff_t strideBytes, Ints even, I
   JoinRows(rows, static_cast<char*>(rows) + 2 * strideBytes, even, odd);
 }
 
+/// Wider targets leave their registers here.
+LANE_FN void EndLanes() {}
+
 }  // namespace
 }  // namespace tlr2
