@@ -135,6 +135,11 @@ TEST_P(Differential, EqualsTheScalarFormWhereTrianglesHideEachOther) {
   CompareRandomCalls(GetParam(), MakeRandomPile, FromEnvironment("TLR2_KERNEL_PILES", 12000));
 }
 
+TEST_P(Differential, EqualsTheScalarFormWhereOneTriangleHidesAllBefore) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  CompareRandomCalls(GetParam(), MakeRandomCover, FromEnvironment("TLR2_KERNEL_PILES", 12000) * 4);
+}
+
 /// The clearing form on a tile of anything, against the scalar form on the same tile cleared before.
 void CompareClearing(const KernelUnderTest& kernel, void (*make)(std::uint64_t, RandomTile&), std::uint64_t count) {
   const std::uint64_t first = FromEnvironment("TLR2_KERNEL_SEED", 1);
@@ -157,6 +162,7 @@ TEST_P(Differential, ClearsAsIfTheTileHadBeenClearedBefore) {
   if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
   CompareClearing(GetParam(), MakeRandomTile, FromEnvironment("TLR2_KERNEL_TILES", 110000) / 4);
   CompareClearing(GetParam(), MakeRandomPile, FromEnvironment("TLR2_KERNEL_PILES", 12000) / 4);
+  CompareClearing(GetParam(), MakeRandomCover, FromEnvironment("TLR2_KERNEL_PILES", 12000) / 4);
 }
 
 TEST_P(Differential, ClearsATileThatNothingIsDrawnInto) {

@@ -40,4 +40,8 @@ void MakeRandomTile(std::uint64_t seed, RandomTile& tile);
 /// A call of up to 119 triangles, most of which others hide.
 void MakeRandomPile(std::uint64_t seed, RandomTile& tile);
 
+/// A call of a few steep triangles behind one that holds the whole tile, and that lies hardly nearer, or hardly less
+/// near, than the nearest of their vertices.
+void MakeRandomCover(std::uint64_t seed, RandomTile& tile);
+
 }  // namespace tlr2::judge

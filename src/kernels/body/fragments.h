@@ -12,6 +12,12 @@ LANE_FN void LoadDepth(const KernelFrameArgs& args, Tile& tile) {
   tile.depthLoaded = true;
 }
 
+LANE_FN void FindStoredRange(const KernelFrameArgs& args, Tile& tile) {
+  if (tile.rangeKnown) return;
+  LoadDepth(args, tile);
+  FindLoadedRange(tile);
+}
+
 /// A triangle being looked for. Its weights are set for all lanes; its fragments only if it does not wait, but for
 /// `allLive`. One that waits marks its pixels instead.
 struct Search {

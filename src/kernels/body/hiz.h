@@ -29,19 +29,34 @@ LANE_FN bool CoversTile(const TriangleRecord& t, const BoundCorners& at) {
          7;
 }
 
-/// The bound after the whole list: an occluder hides earlier triangles too.
-[[gnu::noinline]] float ScanBound(const TriangleRecord* triangles, const std::uint32_t* entries,
-                                  std::int32_t entryCount, float bound, std::int32_t x0, std::int32_t y0,
-                                  std::int32_t x1, std::int32_t y1) {
+/// What a look over the whole list finds before anything is drawn.
+struct ListScan {
+  float bound;  // after the whole list: an occluder hides earlier triangles too
+  /// The last two places where a triangle that tests for "less" seems to be nearer than the ones before it; 0 for none.
+  std::int32_t nearest, nextNearest;
+};
+
+[[gnu::noinline]] ListScan ScanList(const TriangleRecord* triangles, const std::uint32_t* entries,
+                                    std::int32_t entryCount, float bound, std::int32_t x0, std::int32_t y0,
+                                    std::int32_t x1, std::int32_t y1) {
   const BoundCorners corners = {SplatQuad(static_cast<float>(x0) + 0.5f), SplatQuad(static_cast<float>(y0) + 0.5f),
                                 SplatQuad(static_cast<float>(x1 - 1) + 0.5f),
                                 SplatQuad(static_cast<float>(y1 - 1) + 0.5f)};
+  std::int32_t nearest = 0, nextNearest = 0;
+  float depth = __builtin_inff();  // the least of such triangles so far
   for (std::int32_t i = 0; i < entryCount; ++i) {
     const TriangleRecord& t = triangles[entries[i]];
-    if (t.depthFunc != 2 || !(t.zMax < bound) || !UsesBound(t) || t.depthWrite == 0) continue;
-    if (CoversTile(t, corners)) bound = t.zMax;
+    if (t.depthFunc == 2) {
+      if (t.zMax < bound && UsesBound(t) && t.depthWrite != 0 && CoversTile(t, corners)) bound = t.zMax;
+    } else if (t.depthFunc == 1) {
+      if (t.zMax < depth) {
+        nextNearest = nearest;
+        nearest = i;
+      }
+      depth = t.zMin < depth ? t.zMin : depth;
+    }
   }
-  return bound;
+  return {bound, nearest, nextNearest};
 }
 
 LANE_FN bool BehindBound(const TriangleRecord& t, float bound) { return t.zMin > bound && UsesBound(t); }

@@ -32,6 +32,7 @@
 #include "kernels/body/forms.h"
 #include "kernels/body/waiting.h"
 #include "kernels/body/step.h"
+#include "kernels/body/hidden.h"
 // clang-format on
 
 #define TLR2_JOIN_NAMES(name, target) name##_##target
@@ -43,10 +44,11 @@ namespace {
 [[gnu::noinline]] void DrawTile(const KernelFrameArgs& args, std::int32_t x0, std::int32_t y0, std::int32_t x1,
                                 std::int32_t y1, const std::uint32_t* entries, std::int32_t entryCount, float* hizCell,
                                 const TileClears& clears) {
-  const float bound = ScanBound(args.triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
-  *hizCell = bound;
+  const ListScan scan = ScanList(args.triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
+  *hizCell = scan.bound;
   TileDrawing drawing(args, x0, y0, x1, y1, clears);
-  DrawList(args, entries, entryCount, bound, drawing);
+  const std::int32_t first = FirstToDraw(args, entries, scan, drawing);
+  DrawList(args, entries + first, entryCount - first, scan.bound, drawing);
   EndLanes();
 }
 

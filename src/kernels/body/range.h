@@ -41,8 +41,8 @@ LANE_FN bool NonePasses(const TriangleRecord& t, DepthRange range, DepthRange st
   return t.depthFunc == 1 ? range.low >= stored.high : range.low > stored.high;
 }
 
-/// Finds the range of the depths that are stored.
-[[gnu::noinline]] void FindStoredRange(Tile& tile) {
+/// Finds the range of the depths that are loaded.
+[[gnu::noinline]] void FindLoadedRange(Tile& tile) {
   const Floats(&d)[kPlanes] = tile.depth;
   const Mask odd = Or(Or(NotEqual(d[0], d[0]), NotEqual(d[1], d[1])), Or(NotEqual(d[2], d[2]), NotEqual(d[3], d[3])));
   tile.rangeKnown = true;

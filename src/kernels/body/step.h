@@ -62,10 +62,7 @@ LANE_FN Place PlaceInStep(Place atTile, const TileCorners& corners, const Edges&
 LANE_FN void TakeRanged(StepDrawing& step, const TriangleRecord& t, const Edges& edges, DepthStep depth,
                         const DepthRange& range) {
   Tile& tile = step.tile;
-  if (!tile.rangeKnown) {
-    LoadDepth(*step.args, tile);
-    FindStoredRange(tile);
-  }
+  FindStoredRange(*step.args, tile);
   if (NonePasses(t, range, tile.range)) return;
   if (!AllPass(t, range, tile.range)) return Wait(step, t, edges, Place::kEverywhere, depth, &range);
   if (WritesAtOnce(depth)) {

@@ -45,6 +45,15 @@ LANE_FN Quad Opposite(Quad x) {
   const __m128 turned = _mm_shuffle_ps(x.v, x.v, _MM_SHUFFLE(3, 1, 0, 2));
   return {_mm_blend_ps(turned, _mm_setzero_ps(), 8)};
 }
+/// Of three floats, none of which is NaN.
+LANE_FN float Least(const float (&x)[3]) {
+  const float first = x[0] < x[1] ? x[0] : x[1];
+  return first < x[2] ? first : x[2];
+}
+LANE_FN float Greatest(const float (&x)[3]) {
+  const float first = x[0] > x[1] ? x[0] : x[1];
+  return first > x[2] ? first : x[2];
+}
 /// 0 in the last element.
 LANE_FN Quad OnlyThree(Quad x) { return {_mm_blend_ps(x.v, _mm_setzero_ps(), 8)}; }
 /// Elements 0, 1, 2, 2: nothing behind three floats takes part.
