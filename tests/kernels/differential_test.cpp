@@ -140,6 +140,11 @@ TEST_P(Differential, EqualsTheScalarFormWhereOneTriangleHidesAllBefore) {
   CompareRandomCalls(GetParam(), MakeRandomCover, FromEnvironment("TLR2_KERNEL_PILES", 12000) * 4);
 }
 
+TEST_P(Differential, EqualsTheScalarFormWhereProductsLeaveTheFloats) {
+  if (!GetParam().supported()) GTEST_SKIP() << "SKIPPED " << GetParam().name;
+  CompareRandomCalls(GetParam(), MakeRandomHuge, FromEnvironment("TLR2_KERNEL_PILES", 12000) * 2);
+}
+
 /// The clearing form on a tile of anything, against the scalar form on the same tile cleared before.
 void CompareClearing(const KernelUnderTest& kernel, void (*make)(std::uint64_t, RandomTile&), std::uint64_t count) {
   const std::uint64_t first = FromEnvironment("TLR2_KERNEL_SEED", 1);

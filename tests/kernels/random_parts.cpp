@@ -1,6 +1,7 @@
 // Plans for vertices, varyings and textures.
 #include "random_parts.h"
 
+#include <cmath>
 #include <limits>
 
 namespace tlr2::judge {
@@ -137,6 +138,29 @@ void PlaceVertices(RandomSource& random, std::int32_t x0, std::int32_t y0, Trian
     default:
       Place(tri, Within(random, -40.0f, 48.0f), Within(random, -40.0f, 48.0f), Within(random, -40.0f, 48.0f), origin);
       break;
+  }
+}
+
+void PlaceAround(RandomSource& random, const RandomTile& tile, TriangleRecord& tri) {
+  const float reach = std::exp2(random.Float(6.0f, random.OneIn(8) ? 22.0f : 12.0f));
+  const float turn = random.Float(0.0f, 6.28f), away = random.Float(0.0f, 0.3f) * reach;
+  const bool reversed = random.OneIn(2);
+  const float cx = static_cast<float>(tile.x0) + 4.0f + away * std::cos(turn * 7.0f);
+  const float cy = static_cast<float>(tile.y0) + 4.0f + away * std::sin(turn * 7.0f);
+  for (int i = 0; i < 3; ++i) {
+    const float angle = turn + (reversed ? -2.0944f : 2.0944f) * static_cast<float>(i);
+    tri.x[i] = cx + reach * std::cos(angle);
+    tri.y[i] = cy + reach * std::sin(angle);
+  }
+}
+
+void PlaceInside(RandomSource& random, const RandomTile& tile, TriangleRecord& tri) {
+  const float size = random.Float(1.0f, 7.0f);
+  const float x = static_cast<float>(tile.x0) + random.Float(-2.0f, 9.0f);
+  const float y = static_cast<float>(tile.y0) + random.Float(-2.0f, 9.0f);
+  for (int i = 0; i < 3; ++i) {
+    tri.x[i] = x + random.Float(-size, size);
+    tri.y[i] = y + random.Float(-size, size);
   }
 }
 

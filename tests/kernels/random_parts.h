@@ -15,6 +15,10 @@ inline constexpr float kProcessorNan = std::bit_cast<float>(0xFFC00000u);
 /// Screen positions by one of many plans, around the tile whose corner is (x0, y0).
 void PlaceVertices(RandomSource& random, std::int32_t x0, std::int32_t y0, TriangleRecord& tri);
 
+/// Around the tile, by up to 2^22 pixels; and somewhere in it, by a few.
+void PlaceAround(RandomSource& random, const RandomTile& tile, TriangleRecord& tri);
+void PlaceInside(RandomSource& random, const RandomTile& tile, TriangleRecord& tri);
+
 /// Colours, texture coordinates and 1/w; `texels` is the width of the triangle's texture.
 void SetVaryings(RandomSource& random, std::int32_t texels, TriangleRecord& tri);
 

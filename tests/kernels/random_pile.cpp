@@ -1,6 +1,5 @@
 // Random calls of many triangles over one tile, mostly opaque ones that hide each other: layers that hold the whole
-// tile at depths close to each other, small triangles, and here and there one that asks for the colours below; and few
-// triangles behind one that holds the whole tile.
+// tile at depths close to each other, small triangles, and here and there one that asks for the colours below.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -19,29 +18,6 @@ struct Pile {
   std::uint32_t special;  // one in so many blends or is alpha-tested, 0 for none
   std::uint32_t depthFunc;
 };
-
-void PlaceAround(RandomSource& random, const RandomTile& tile, TriangleRecord& tri) {
-  const float reach = std::exp2(random.Float(6.0f, random.OneIn(8) ? 22.0f : 12.0f));
-  const float turn = random.Float(0.0f, 6.28f), away = random.Float(0.0f, 0.3f) * reach;
-  const bool reversed = random.OneIn(2);
-  const float cx = static_cast<float>(tile.x0) + 4.0f + away * std::cos(turn * 7.0f);
-  const float cy = static_cast<float>(tile.y0) + 4.0f + away * std::sin(turn * 7.0f);
-  for (int i = 0; i < 3; ++i) {
-    const float angle = turn + (reversed ? -2.0944f : 2.0944f) * static_cast<float>(i);
-    tri.x[i] = cx + reach * std::cos(angle);
-    tri.y[i] = cy + reach * std::sin(angle);
-  }
-}
-
-void PlaceInside(RandomSource& random, const RandomTile& tile, TriangleRecord& tri) {
-  const float size = random.Float(1.0f, 7.0f);
-  const float x = static_cast<float>(tile.x0) + random.Float(-2.0f, 9.0f);
-  const float y = static_cast<float>(tile.y0) + random.Float(-2.0f, 9.0f);
-  for (int i = 0; i < 3; ++i) {
-    tri.x[i] = x + random.Float(-size, size);
-    tri.y[i] = y + random.Float(-size, size);
-  }
-}
 
 /// About a pixel centre of its own.
 void PlaceOnPixel(RandomSource& random, const RandomTile& tile, std::uint32_t number, TriangleRecord& tri) {
@@ -82,72 +58,7 @@ void SetPileState(RandomSource& random, const RandomTile& tile, const Pile& pile
   }
 }
 
-/// With edges through pixel centres, or past them by about what the bias lets in; some are needles.
-void PlaceAlongPixels(RandomSource& random, const RandomTile& tile, TriangleRecord& tri) {
-  const std::int32_t reach = random.Pick({1, 1, 2, 5, 200, 2000});
-  for (int i = 0; i < 3; ++i) {
-    const float past = random.Pick({0.0f, 0.0f, 0x1p-9f, -0x1p-9f, 0x1p-11f, -0x1p-11f, 0x1p-8f, -0x1p-8f, 0.25f});
-    tri.x[i] = static_cast<float>(tile.x0 + 4 + random.Between(-reach, reach)) + 0.5f + past;
-    tri.y[i] = static_cast<float>(tile.y0 + 4 + random.Between(-reach, reach)) + 0.5f +
-               random.Pick({0.0f, 0x1p-9f, -0x1p-9f, -past});
-  }
-  if (random.OneIn(4)) {
-    const float beyond = random.Float(0.1f, 1.0f), apart = random.Float(-4.0f, 4.0f);
-    const float x = static_cast<float>(tile.x0) + random.Float(0.0f, 8.0f);
-    const float y = static_cast<float>(tile.y0) + random.Float(0.0f, 8.0f);
-    tri.x[1] = x + (x - tri.x[0]) * beyond;
-    tri.y[1] = y + (y - tri.y[0]) * beyond;
-    tri.x[2] = tri.x[1] + apart;
-    tri.y[2] = tri.y[1] + random.Float(-1.0f, 1.0f) * apart;
-  }
-}
-
 }  // namespace
-
-void MakeRandomCover(std::uint64_t seed, RandomTile& tile) {
-  MakeRandomTile(seed, tile);
-  RandomSource random(seed ^ 0x434F564552u);
-  const std::uint32_t hidden = 1 + random.Below(4);
-  if (!random.OneIn(8)) std::fill(tile.depth.begin(), tile.depth.end(), 1.0f);
-  tile.triangles.clear();
-  tile.entries.clear();
-  float least = 1.0f, range = 0.0f;
-  for (std::uint32_t n = 0; n <= hidden; ++n) {
-    TriangleRecord tri{};
-    tri.textureIndex = kNoTexture;
-    tri.depthTest = random.OneIn(40) ? 0 : 1;
-    tri.depthWrite = random.OneIn(20) ? 0 : 1;
-    tri.depthFunc = n < hidden ? random.Pick({0u, 1u, 1u, 2u, 5u}) : 1u;
-    if (n < hidden && random.OneIn(20)) tri.alphaTest = 1;
-    if (n < hidden && random.OneIn(20)) tri.blendMode = 1 + random.Below(3);
-    SetVaryings(random, 8, tri);
-    if (n < hidden) {
-      if (random.OneIn(6)) {
-        PlaceAround(random, tile, tri);
-      } else if (random.OneIn(4)) {
-        PlaceInside(random, tile, tri);
-      } else {
-        PlaceAlongPixels(random, tile, tri);
-      }
-      const float far = random.Pick({0.2f, 0.5f, 0.9f, 1.0f, 1000.0f}), steep = random.Pick({0.0f, 1e-3f, 0.1f, 0.9f});
-      for (float& z : tri.z) z = far * (1.0f - steep * random.Float(0.0f, 1.0f));
-      if (random.OneIn(200)) tri.z[random.Below(3)] = random.Pick({kProcessorNan, 3e38f, -3e38f, 1e-42f});
-      for (const float z : tri.z) least = std::min(least, z);
-      range = std::max(range, std::max({tri.z[0], tri.z[1], tri.z[2]}) - least);
-    } else {
-      PlaceAround(random, tile, tri);
-      const float nearer = random.Pick({0.0f, 1e-7f, 1e-6f, 1e-5f, 1e-4f, 1e-3f, -1e-6f}) +
-                           range * random.Pick({0.0f, 0x1p-12f, 0x1p-10f, 0x1p-8f, 0x1p-7f, 0x1p-6f, 0x1p-5f, 0.5f});
-      for (float& z : tri.z) z = least - nearer + random.Pick({0.0f, 0.0f, 1e-7f, -1e-5f});
-    }
-    tri.zMin = std::min({tri.z[0], tri.z[1], tri.z[2]});
-    tri.zMax = std::max({tri.z[0], tri.z[1], tri.z[2]});
-    tile.triangles.push_back(tri);
-    tile.entries.push_back(n);
-  }
-  tile.entryCount = static_cast<std::int32_t>(hidden + 1);
-  tile.hizCell = 1.0f;
-}
 
 void MakeRandomPile(std::uint64_t seed, RandomTile& tile) {
   MakeRandomTile(seed, tile);

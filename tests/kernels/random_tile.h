@@ -44,4 +44,7 @@ void MakeRandomPile(std::uint64_t seed, RandomTile& tile);
 /// near, than the nearest of their vertices.
 void MakeRandomCover(std::uint64_t seed, RandomTile& tile);
 
+/// A call of up to four triangles of which products of coordinates and depths come to about the greatest float.
+void MakeRandomHuge(std::uint64_t seed, RandomTile& tile);
+
 }  // namespace tlr2::judge

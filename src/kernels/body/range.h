@@ -33,12 +33,12 @@ LANE_FN bool HasRange(const TriangleRecord& t, const Edges& edges) {
   return t.depthTest != 0 && (t.depthFunc == 1 || t.depthFunc == 2) && __builtin_fabsf(edges.inverseArea) <= 1.0f;
 }
 
-/// Where the range ends before infinity, all pixels' depths are numbers.
+/// A range that ends at infinity tells nothing: what overflowed may be the difference of two great products.
 LANE_FN bool AllPass(const TriangleRecord& t, DepthRange range, DepthRange stored) {
-  return t.depthFunc == 1 ? range.high < stored.low : range.high <= stored.low && Finite(range.high);
+  return (t.depthFunc == 1 ? range.high < stored.low : range.high <= stored.low) && Finite(range.high);
 }
 LANE_FN bool NonePasses(const TriangleRecord& t, DepthRange range, DepthRange stored) {
-  return t.depthFunc == 1 ? range.low >= stored.high : range.low > stored.high;
+  return (t.depthFunc == 1 ? range.low >= stored.high : range.low > stored.high) && Finite(range.low);
 }
 
 /// Finds the range of the depths that are loaded.
