@@ -66,9 +66,9 @@ class Table:
     """Sides that run together, by name, and their ratios."""
 
     def __init__(self, title, caption, sides, pairs, scenes, size=(1280, 720), threads=1, fragments=False,
-                 shows=(), behind=0):
+                 shows=(), behind=0, sweep=0):
         self.title, self.caption, self.sides, self.pairs, self.scenes = title, caption, sides, pairs, scenes
-        self.size, self.threads, self.fragments, self.behind = size, threads, fragments, behind
+        self.size, self.threads, self.fragments, self.behind, self.sweep = size, threads, fragments, behind, sweep
         self.shows = shows  # the sides whose picture is shown, which is no part of their times
 
 
@@ -186,7 +186,7 @@ def wine_tables(options):
                         "own time under Wine over native",
                         {"native": ours(options, threads=threads, size=at), "wine": under_wine(options, threads, at)},
                         [Pair("wine/native", "wine", "native", lambda scene: 1.2, most=True)], list(GOALS), at, threads,
-                        shows=["wine"], behind=f"{options.behind} {options.sweep}")
+                        shows=["wine"], behind=options.behind, sweep=options.sweep)
 
 
 def against_tables(options):
@@ -264,7 +264,7 @@ def run_table(table, options, titles):
         for name, (command, environment, (width, height)) in table.sides.items():
             sides[name] = Side(name, command, environment, width, height)
         run_scenes(list(sides.values()), scenes, options.passes, after_pass, statistic=options.statistic,
-                   measure=options.measure, frames=options.frames, behind=table.behind)
+                   measure=options.measure, frames=options.frames, behind=table.behind, sweep=table.sweep)
     finally:
         for side in sides.values():
             side.close()

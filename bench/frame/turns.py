@@ -39,9 +39,9 @@ class Side:
             raise RuntimeError(f"{self.name}: {line}: {' '.join(answer) or 'the host ended'}")
         return [float(word) for word in answer[1:]]
 
-    def frames(self, frame, count, behind):
+    def frames(self, frame, count, behind, sweep):
         """The milliseconds of each of `count` frames, by MEASURES, and those of showing it."""
-        numbers = self.ask(f"turn {frame} {count} {behind}")
+        numbers = self.ask(f"turn {frame} {count} {behind} {sweep}")
         return list(zip(numbers[0::4], numbers[1::4], numbers[2::4], numbers[3::4]))
 
     def close(self):
@@ -79,15 +79,15 @@ def ratio_range(over, under, scene, statistic):
     return min(ratios), max(ratios)
 
 
-def run_pass(sides, scene, *, statistic, measure, frames, behind):
-    """Runs a scene once. Where a side tells what showing its picture took, that is no part of a frame's time; Behind
-    each frame lie `behind` milliseconds, for sides that show a picture while they already draw the next one; with a second
-    number, a walk over so many MiB too."""
+def run_pass(sides, scene, *, statistic, measure, frames, behind, sweep):
+    """Runs a scene once. Where a side tells what showing its picture took, that is no part of a frame's time. Behind
+    each frame lie `behind` milliseconds, for sides that show a picture while they already draw the next one, and a walk
+    over `sweep` MiB."""
     numbers = FRAMES_OF.get(scene, (0,))
     for side in sides:
         side.ask(f"open {scene} {side.width} {side.height}")
         side.passes.setdefault(scene, []).append({number: [] for number in numbers})
-    slowest = max(side.frames(numbers[0], 1, behind)[0][0] for side in sides)
+    slowest = max(side.frames(numbers[0], 1, behind, sweep)[0][0] for side in sides)
     frames = max(frames, min(MOST_FRAMES, int(TURN_MS / max(slowest, 0.1))))
     start, turn = time.monotonic(), 0
     while turn < LEAST_TURNS * len(numbers) or time.monotonic() - start < PASS_SECONDS:
@@ -95,7 +95,7 @@ def run_pass(sides, scene, *, statistic, measure, frames, behind):
         # Forth and back, so that no side always runs behind the same other one.
         for side in sides if turn // len(numbers) % 2 == 0 else reversed(sides):
             time.sleep(PAUSE_SECONDS)
-            drawn = side.frames(number, frames, behind)
+            drawn = side.frames(number, frames, behind, sweep)
             times = [one[MEASURES.index(measure)] - one[-1] for one in drawn]
             side.passes[scene][-1][number].append(figure(times, statistic))
             side.presents.setdefault(scene, []).extend(one[-1] for one in drawn)

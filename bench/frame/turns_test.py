@@ -47,13 +47,13 @@ class Turns(unittest.TestCase):
             def ask(self, line):
                 return []
 
-            def frames(self, frame, count, behind):
+            def frames(self, frame, count, behind, sweep):
                 return [(25.0, 24.0, 23.0, 20.0)] * count
 
         for measure, own in zip(turns.MEASURES, (5, 4, 3)):
             side = ShowingSide()
             with mock.patch.object(turns, "PASS_SECONDS", 0), mock.patch.object(turns, "PAUSE_SECONDS", 0):
-                turns.run_pass([side], "scene", statistic="low", measure=measure, frames=2, behind=0)
+                turns.run_pass([side], "scene", statistic="low", measure=measure, frames=2, behind=0, sweep=0)
             self.assertEqual(turns.total(side, "scene", "low"), own)
             self.assertEqual(set(side.presents["scene"]), {20.0})
 

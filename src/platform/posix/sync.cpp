@@ -1,7 +1,6 @@
 // Waiting on words with futexes; the short lock is a word too.
 #include "platform/sync.h"
 
-#include <errno.h>
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <unistd.h>

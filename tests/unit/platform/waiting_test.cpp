@@ -12,6 +12,13 @@ namespace {
 
 void SleepMs(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
+template <typename Body>
+std::vector<std::thread> StartThreads(int count, const Body& body) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(body);
+  return threads;
+}
+
 TEST(Platform, WaitOnWordReturnsAtOnceWhenItDiffers) {
   const std::atomic<std::int32_t> word{5};
   WaitOnWord(word, 4);
@@ -20,12 +27,10 @@ TEST(Platform, WaitOnWordReturnsAtOnceWhenItDiffers) {
 
 TEST(Platform, WakeAllReleasesEverySleeper) {
   std::atomic<std::int32_t> word{0}, through{0};
-  std::vector<std::thread> sleepers;
-  for (int i = 0; i < 4; ++i)
-    sleepers.emplace_back([&] {
-      while (word.load() == 0) WaitOnWord(word, 0);
-      through.fetch_add(1);
-    });
+  auto sleepers = StartThreads(4, [&] {
+    while (word.load() == 0) WaitOnWord(word, 0);
+    through.fetch_add(1);
+  });
   SleepMs(20);
   EXPECT_EQ(through.load(), 0);
   word.store(1);
@@ -56,13 +61,11 @@ TEST(Platform, WaitedForEventStaysSignalled) {
 TEST(Platform, EachSignalIsTakenByOneThread) {
   Event event, taken;
   std::atomic<int> through{0};
-  std::vector<std::thread> takers;
-  for (int i = 0; i < 3; ++i)
-    takers.emplace_back([&] {
-      EventTake(event);
-      through.fetch_add(1);
-      EventSet(taken);
-    });
+  auto takers = StartThreads(3, [&] {
+    EventTake(event);
+    through.fetch_add(1);
+    EventSet(taken);
+  });
   for (int i = 1; i <= 3; ++i) {
     SleepMs(5);
     EXPECT_EQ(through.load(), i - 1);
@@ -77,12 +80,10 @@ TEST(Platform, EachSignalIsTakenByOneThread) {
 TEST(Platform, WaitingThreadSleepsUntilTheEventIsSet) {
   Event event;
   std::atomic<int> through{0};
-  std::vector<std::thread> sleepers;
-  for (int i = 0; i < 3; ++i)
-    sleepers.emplace_back([&] {
-      EventWait(event);
-      through.fetch_add(1);
-    });
+  auto sleepers = StartThreads(3, [&] {
+    EventWait(event);
+    through.fetch_add(1);
+  });
   SleepMs(20);
   EXPECT_EQ(through.load(), 0);
   EventSet(event);
@@ -112,14 +113,12 @@ TEST(Platform, EventsHandAValueToAnotherThreadAndBack) {
 TEST(Platform, LockKeepsOthersOut) {
   static CriticalSection section;  // zero storage is an unlocked lock
   int plain = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&] {
-      for (int n = 0; n < 20000; ++n) {
-        const LockHolder holder(section);
-        ++plain;
-      }
-    });
+  auto threads = StartThreads(4, [&] {
+    for (int n = 0; n < 20000; ++n) {
+      const LockHolder holder(section);
+      ++plain;
+    }
+  });
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(plain, 80000);
 }
