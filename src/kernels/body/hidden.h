@@ -26,12 +26,13 @@ LANE_FN bool StaysBehind(const TriangleRecord& t, float depth) {
          range * 0x1p-6f + magnitude * (extent * 0x1p-16f + area * 0x1p-18f) + area * kUnderflow;
 }
 
-/// Whether the triangle at `place` passes at all pixels of the tile, whatever stands before it in the list.
-[[gnu::noinline]] bool HidesAllBefore(const KernelFrameArgs& args, const std::uint32_t* entries, std::int32_t place,
-                                      TileDrawing& drawing) {
+/// Takes the triangle at `place` as the first one if it passes at all pixels of the tile, whatever stands before it in
+/// the list. Returns whether it does.
+[[gnu::noinline]] bool TakeIfHidesAllBefore(const KernelFrameArgs& args, const std::uint32_t* entries,
+                                            std::int32_t place, TileDrawing& drawing) {
   const TriangleRecord& t = args.triangles[entries[place]];
   if (!Waits(t) || !WritesDepth(t)) return false;
-  Edges edges;
+  Edges& edges = drawing.FreeEdges();
   if (SetUpEdges(t, drawing.corners, edges) != Place::kEverywhere || !HasRange(t, edges)) return false;
   const DepthRange range = RangeOf(t, drawing.corners, edges);
   for (std::int32_t i = place - 1; i >= 0; --i) {
@@ -42,15 +43,20 @@ LANE_FN bool StaysBehind(const TriangleRecord& t, float depth) {
     FindStoredRange(args, step.tile);
     passes = passes && AllPass(t, range, step.tile.range);
   });
-  return passes;
+  if (!passes) return false;
+  const DepthStep depth = DepthStepOf(t);
+  drawing.VisitSteps([&](StepDrawing& step, const TileCorners&)
+                         __attribute__((always_inline)) { TakeRanged(step, t, edges, depth, range); });
+  return true;
 }
 
-/// The place to draw the list from.
-LANE_FN std::int32_t FirstToDraw(const KernelFrameArgs& args, const std::uint32_t* entries, const ListScan& scan,
-                                 TileDrawing& drawing) {
+/// Takes the triangle that hides those before it, if one seems to. Returns the place to go on from in the list.
+LANE_FN std::int32_t SkipHidden(const KernelFrameArgs& args, const std::uint32_t* entries, const ListScan& scan,
+                                TileDrawing& drawing) {
   if (__builtin_expect(scan.nearest == 0 || !drawing.whole, 1)) return 0;
-  if (HidesAllBefore(args, entries, scan.nearest, drawing)) return scan.nearest;
-  if (scan.nextNearest > 0 && HidesAllBefore(args, entries, scan.nextNearest, drawing)) return scan.nextNearest;
+  if (TakeIfHidesAllBefore(args, entries, scan.nearest, drawing)) return scan.nearest + 1;
+  if (scan.nextNearest > 0 && TakeIfHidesAllBefore(args, entries, scan.nextNearest, drawing))
+    return scan.nextNearest + 1;
   return 0;
 }
 

@@ -47,8 +47,8 @@ namespace {
   const ListScan scan = ScanList(args.triangles, entries, entryCount, *hizCell, x0, y0, x1, y1);
   *hizCell = scan.bound;
   TileDrawing drawing(args, x0, y0, x1, y1, clears);
-  const std::int32_t first = FirstToDraw(args, entries, scan, drawing);
-  DrawList(args, entries + first, entryCount - first, scan.bound, drawing);
+  const std::int32_t skipped = SkipHidden(args, entries, scan, drawing);
+  DrawList(args, entries + skipped, entryCount - skipped, scan.bound, drawing);
   EndLanes();
 }
 

@@ -58,6 +58,15 @@ LANE_FN Place PlaceInStep(Place atTile, const TileCorners& corners, const Edges&
   return kSteps > 1 && atTile == Place::kPartly ? PlaceAt(corners, edges) : atTile;
 }
 
+/// Lets an opaque triangle wait that passes at all pixels of the step, with depths in that range.
+LANE_FN void WaitRanged(StepDrawing& step, const TriangleRecord& t, const Edges& edges, const DepthRange& range) {
+  if (WritesDepth(t)) {
+    step.tile.range = range;
+    step.tile.depthDirty = true;
+  }
+  WaitEverywhere(step, t, edges);
+}
+
 /// An opaque triangle at all pixels of a step, between known depths.
 LANE_FN void TakeRanged(StepDrawing& step, const TriangleRecord& t, const Edges& edges, DepthStep depth,
                         const DepthRange& range) {
@@ -65,11 +74,7 @@ LANE_FN void TakeRanged(StepDrawing& step, const TriangleRecord& t, const Edges&
   FindStoredRange(*step.args, tile);
   if (NonePasses(t, range, tile.range)) return;
   if (!AllPass(t, range, tile.range)) return Wait(step, t, edges, Place::kEverywhere, depth, &range);
-  if (WritesAtOnce(depth)) {
-    tile.range = range;
-    tile.depthDirty = true;
-  }
-  WaitEverywhere(step, t, edges);
+  WaitRanged(step, t, edges, range);
 }
 
 /// An opaque triangle in its turn. The last one of a list is not worth asking whether its range decides.
