@@ -224,29 +224,53 @@ LANE_FN void StoreGroups(void* base, const std::uint16_t* places, Floats x) {
 // Memory.
 /// Words at offsets in words, all lanes.
 LANE_FN Ints Gather(const void* base, Ints offsets) { return {_mm512_i32gather_epi32(offsets.v, base, 4)}; }
-/// The same at offsets in units of so many bytes. Here the gather is the faster one, into a register of zeros: one that
-/// holds anything would first have to be ready, and that may be what the gather before it comes to. With a mask that
-/// the compiler knows to be full, it takes any register.
+/// Lanes where they lie in memory: an offset loaded from there costs less than one taken out of a register.
+LANE_FN const std::int32_t* WordsOf(const Ints& x) { return reinterpret_cast<const std::int32_t*>(&x); }
+/// Four lanes' words.
 template <int kScale>
-LANE_FN Ints GatherByLoads(const void* base, Ints offsets) {
-  __mmask16 all = 0xFFFF;
-#ifndef TLR2_EMULATED_AVX512
-  __asm__("" : "+k"(all));
-#endif
-  return {_mm512_mask_i32gather_epi32(_mm512_setzero_si512(), all, offsets.v, base, kScale)};
+LANE_FN __m128i FourWords(const char* base, const std::int32_t* o) {
+  const auto word = [=](int lane) __attribute__((always_inline)) {
+    return _mm_loadu_si32(base + std::ptrdiff_t{o[lane]} * kScale);
+  };
+  return _mm_unpacklo_epi64(_mm_unpacklo_epi32(word(0), word(1)), _mm_unpacklo_epi32(word(2), word(3)));
 }
-/// The words at offsets in words and the words right behind them.
-LANE_FN void GatherPairs(const void* base, Ints offsets, Ints& first, Ints& second) {
-  const __m512i low = _mm512_i32gather_epi64(_mm512_castsi512_si256(offsets.v), base, 4);
-  const __m512i high = _mm512_i32gather_epi64(_mm512_extracti64x4_epi64(offsets.v, 1), base, 4);
-  const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-  const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-  first.v = _mm512_permutex2var_epi32(low, even, high);
-  second.v = _mm512_permutex2var_epi32(low, odd, high);
+/// The same at offsets in units of so many bytes.
+template <int kScale>
+LANE_FN Ints GatherByLoads(const void* base, const Ints& offsets) {
+  const char* bytes = static_cast<const char*>(base);
+  const std::int32_t* o = WordsOf(offsets);
+  const auto half = [=](int lane) __attribute__((always_inline)) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(FourWords<kScale>(bytes, o + lane)),
+                                   FourWords<kScale>(bytes, o + lane + 4), 1);
+  };
+  return {_mm512_inserti64x4(_mm512_castsi256_si512(half(0)), half(8), 1)};
+}
+/// Two lanes' words and the words right behind them.
+LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t second) {
+  return _mm_loadh_pi(
+      _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * 4))),
+      reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * 4));
+}
+LANE_FN __m256i FourPairs(const char* base, const std::int32_t* o) {
+  const __m256 low = _mm256_castps128_ps256(TwoPairs(base, o[0], o[1]));
+  return _mm256_castps_si256(_mm256_insertf128_ps(low, TwoPairs(base, o[4], o[5]), 1));
+}
+/// Eight lanes' pairs, the first two of each group of four, so that a shuffle finds each lane's pair in its 128 bits.
+LANE_FN __m512 EightPairs(const char* base, const std::int32_t* o) {
+  return _mm512_castsi512_ps(_mm512_inserti64x4(_mm512_castsi256_si512(FourPairs(base, o)), FourPairs(base, o + 8), 1));
+}
+/// The words at offsets in words and the words right behind them. A load a lane: the loads of one unit run beside the
+/// arithmetic of the one before, which gathers, being microcode, hold up.
+LANE_FN void GatherPairs(const void* base, const Ints& offsets, Ints& first, Ints& second) {
+  const char* bytes = static_cast<const char*>(base);
+  const std::int32_t* o = WordsOf(offsets);
+  const __m512 low = EightPairs(bytes, o), high = EightPairs(bytes, o + 2);
+  first.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0x88));
+  second.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0xDD));
 }
 /// The same from two bases.
-LANE_FN void GatherSquares(const char* upper, const char* lower, Ints offsets, Ints& upperFirst, Ints& upperSecond,
-                           Ints& lowerFirst, Ints& lowerSecond) {
+LANE_FN void GatherSquares(const char* upper, const char* lower, const Ints& offsets, Ints& upperFirst,
+                           Ints& upperSecond, Ints& lowerFirst, Ints& lowerSecond) {
   GatherPairs(upper, offsets, upperFirst, upperSecond);
   GatherPairs(lower, offsets, lowerFirst, lowerSecond);
 }
