@@ -251,28 +251,35 @@ LANE_FN __m128 TwoPairs(const char* base, std::int32_t first, std::int32_t secon
       _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(base + std::ptrdiff_t{first} * 4))),
       reinterpret_cast<const __m64*>(base + std::ptrdiff_t{second} * 4));
 }
-LANE_FN __m256i FourPairs(const char* base, const std::int32_t* o) {
-  const __m256 low = _mm256_castps128_ps256(TwoPairs(base, o[0], o[1]));
-  return _mm256_castps_si256(_mm256_insertf128_ps(low, TwoPairs(base, o[4], o[5]), 1));
+LANE_FN __m256 FourPairs(const char* base, const std::int32_t* o) {
+  return _mm256_insertf128_ps(_mm256_castps128_ps256(TwoPairs(base, o[0], o[1])), TwoPairs(base, o[4], o[5]), 1);
 }
 /// Eight lanes' pairs, the first two of each group of four, so that a shuffle finds each lane's pair in its 128 bits.
-LANE_FN __m512 EightPairs(const char* base, const std::int32_t* o) {
-  return _mm512_castsi512_ps(_mm512_inserti64x4(_mm512_castsi256_si512(FourPairs(base, o)), FourPairs(base, o + 8), 1));
+LANE_FN __m512 JoinPairs(__m256 low, __m256 high) {
+  return _mm512_castpd_ps(_mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_castps_pd(low)), _mm256_castps_pd(high), 1));
+}
+LANE_FN void PartPairs(__m512 low, __m512 high, Ints& first, Ints& second) {
+  first.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0x88));
+  second.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0xDD));
 }
 /// The words at offsets in words and the words right behind them. A load a lane: the loads of one unit run beside the
 /// arithmetic of the one before, which gathers, being microcode, hold up.
 LANE_FN void GatherPairs(const void* base, const Ints& offsets, Ints& first, Ints& second) {
   const char* bytes = static_cast<const char*>(base);
   const std::int32_t* o = WordsOf(offsets);
-  const __m512 low = EightPairs(bytes, o), high = EightPairs(bytes, o + 2);
-  first.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0x88));
-  second.v = _mm512_castps_si512(_mm512_shuffle_ps(low, high, 0xDD));
+  const __m512 low = JoinPairs(FourPairs(bytes, o), FourPairs(bytes, o + 8));
+  PartPairs(low, JoinPairs(FourPairs(bytes, o + 2), FourPairs(bytes, o + 10)), first, second);
 }
-/// The same from two bases.
+/// The same from two bases, lane by lane, so that no offset has to be kept.
 LANE_FN void GatherSquares(const char* upper, const char* lower, const Ints& offsets, Ints& upperFirst,
                            Ints& upperSecond, Ints& lowerFirst, Ints& lowerSecond) {
-  GatherPairs(upper, offsets, upperFirst, upperSecond);
-  GatherPairs(lower, offsets, lowerFirst, lowerSecond);
+  const std::int32_t* o = WordsOf(offsets);
+  const __m256 u0 = FourPairs(upper, o), l0 = FourPairs(lower, o);
+  const __m256 u2 = FourPairs(upper, o + 8), l2 = FourPairs(lower, o + 8);
+  const __m256 u1 = FourPairs(upper, o + 2), l1 = FourPairs(lower, o + 2);
+  const __m256 u3 = FourPairs(upper, o + 10), l3 = FourPairs(lower, o + 10);
+  PartPairs(JoinPairs(u0, u2), JoinPairs(u1, u3), upperFirst, upperSecond);
+  PartPairs(JoinPairs(l0, l2), JoinPairs(l1, l3), lowerFirst, lowerSecond);
 }
 /// Words of the live lanes, 0 in the others, which are not read.
 LANE_FN Ints GatherLive(const void* base, Ints byteOffsets, Mask live) {
