@@ -152,6 +152,18 @@ LANE_FN Floats SwapGroupHalves(Floats x) { return {_mm512_shuffle_ps(x.v, x.v, _
 LANE_FN bool HighestBytesFull(Ints words) {
   return _mm512_cmpge_epu32_mask(words.v, _mm512_set1_epi32(static_cast<std::int32_t>(0xFF000000))) == 0xFFFF;
 }
+/// Byte `First` of each word, a bit a byte. Words of 32 bits would be put together in memory, where they are waited
+/// for.
+template <int First>
+LANE_FN __mmask64 OneByteOfEach() {
+#if defined(__x86_64__) || defined(TLR2_EMULATED_AVX512)
+  return 0x1111111111111111 << First;
+#else
+  __mmask32 half = 0x11111111u << First;
+  __asm__("" : "+k"(half));
+  return _mm512_kunpackd(half, half);
+#endif
+}
 /// Byte `Byte` of each word, from the lowest, times `scale`, rounded once; `scale` over 2^8 is still a normal number.
 template <int Byte>
 LANE_FN Floats ByteTimes(Ints words, float scale) {
@@ -159,7 +171,7 @@ LANE_FN Floats ByteTimes(Ints words, float scale) {
   // factor is exact until it is rounded. The upper bytes would reach the exponent where they stand.
   constexpr int place = Byte % 2 * 8;
   const __m512i low = Byte < 2 ? words.v : _mm512_rol_epi32(words.v, 16);
-  const __m512i above = _mm512_mask_blend_epi8(0x1111111111111111 << (Byte % 2), _mm512_set1_epi32(0x4B000000), low);
+  const __m512i above = _mm512_mask_blend_epi8(OneByteOfEach<Byte % 2>(), _mm512_set1_epi32(0x4B000000), low);
   const float factor = scale / static_cast<float>(1 << place);
   return MulSub({_mm512_castsi512_ps(above)}, Splat(factor), Splat(factor * 0x1p23f));
 }
