@@ -45,6 +45,7 @@ void Discovery(benchmark::State& bench) {
   DriverState& state = DriverStateInstance();
   ResizeTileGrid(state, kWidth, kHeight);
   RebuildWorkerTilePartition(state, tasks);
+  PlaceTileLists(state);
   MakeTriangles(state, static_cast<float>(bench.range(1)));
   for (auto _ : bench) {
     for (TileEntryList& list : state.tileLists) list.clear();

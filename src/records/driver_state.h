@@ -42,6 +42,16 @@ struct FrameBuildStats {
 };
 static_assert(sizeof(FrameBuildStats) == 96);
 
+/// Where in the list table each macro tile's lists lie: together, row by row, as many to a row as the grid has there.
+/// Macro tiles of one task lie side by side in screen order. Lists of several tasks in turn would be drawn from
+/// processor to processor all the time: a processor fetches more than the lines that it is asked for.
+struct TileListPlaces {
+  GrowingVector<std::uint32_t> first;  // of each macro tile, the index of its upper left micro tile's list
+  GrowingVector<std::uint32_t> next;   // of each task, while places are given
+  std::int32_t microCols = 0, microRows = 0;
+  std::size_t tasks = 0;
+};
+
 struct DriverState {
   std::int32_t matrixMode = 0;  // 0 modelview, 1 projection, 2 texture
   std::int32_t stackDepth[kMatrixStacks] = {};
@@ -81,8 +91,9 @@ struct DriverState {
   FrameBuildStats buildStats = {};
   std::uint32_t packetSequence = 0;
   TriangleVector triangles;
-  std::vector<TileEntryList> tileLists;  // one a micro tile
-  GrowingVector<float> hizTable;         // one a micro tile
+  std::vector<TileEntryList> tileLists;  // one a micro tile, in the order of listPlaces
+  TileListPlaces listPlaces;
+  GrowingVector<float> hizTable;  // one a micro tile, row by row
   std::uint32_t publishedTriangleCount = 0;
   std::uint8_t trianglesPublished = 0;
   std::vector<WorkerPartition> partitions;

@@ -98,8 +98,9 @@ EdgeSet ComputeEdges(const TriangleRecord& t) {
                                                     const Box& box, const EdgeSet& edges, std::uint32_t triangle,
                                                     BlockCounts& counts) {
   const std::int32_t mx0 = macroX * 4, my0 = macroY * 4;
+  const std::int32_t listCols = std::min(4, grid.microCols - mx0);
   const std::int32_t x0 = std::max(box.minX >> 3, mx0);
-  const std::int32_t x1 = std::min((box.maxX + 7) >> 3, std::min(mx0 + 4, grid.microCols));
+  const std::int32_t x1 = std::min((box.maxX + 7) >> 3, mx0 + listCols);
   const std::int32_t y0 = std::max(box.minY >> 3, my0);
   const std::int32_t y1 = std::min((box.maxY + 7) >> 3, std::min(my0 + 4, grid.microRows));
   if (x0 >= x1 || y0 >= y1) return;
@@ -113,8 +114,10 @@ EdgeSet ComputeEdges(const TriangleRecord& t) {
   for (std::int32_t x = 0; x < x1 - x0; ++x, columns += tile) columnTerms[x] = edges.a * Min4(columns, width);
   counts.microsConsidered += static_cast<std::uint32_t>((x1 - x0) * (y1 - y0));
   Float4 rows = Splat4(static_cast<float>(y0 * 8)) + edges.toBottom;
-  TileEntryList* row = grid.lists + (y0 * grid.microCols + x0);
-  for (std::int32_t y = y0; y < y1; ++y, rows += tile, row += grid.microCols) {
+  const auto macro =
+      static_cast<std::size_t>(macroY) * static_cast<std::size_t>(grid.macroCols) + static_cast<std::size_t>(macroX);
+  TileEntryList* row = grid.lists + grid.listPlaces[macro] + ((y0 - my0) * listCols + x0 - mx0);
+  for (std::int32_t y = y0; y < y1; ++y, rows += tile, row += listCols) {
     const Float4 rowTerm = edges.b * Min4(rows, height);
     TileEntryList* list = row;
     for (std::int32_t x = 0; x < x1 - x0; ++x, ++list) {
@@ -201,6 +204,7 @@ DiscoveryGrid MakeDiscoveryGrid(DriverState& state, std::int32_t taskIndex) noex
                        partition.data(),
                        static_cast<std::int32_t>(partition.size()),
                        taskIndex,
+                       state.listPlaces.first.data(),
                        state.tileLists.data()};
 }
 

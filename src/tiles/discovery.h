@@ -18,7 +18,8 @@ struct DiscoveryGrid {
   const std::int32_t* partition;  // the macro tiles that the task owns
   std::int32_t partitionSize;
   std::int32_t taskIndex;
-  TileEntryList* lists;  // of all micro tiles; only the owned ones are touched
+  const std::uint32_t* listPlaces;  // of each macro tile, where its lists lie
+  TileEntryList* lists;             // of all micro tiles; only the owned ones are touched
 };
 
 /// What one discovery did.

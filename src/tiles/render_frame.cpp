@@ -185,6 +185,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   TaskCount count = CountTasks(pool != nullptr ? RJQ::WorkerCount(pool) : 1, Settings().workerLimit, macroTiles);
   if (overrides.taskCount > 0) count.tasks = overrides.taskCount;
   RebuildWorkerTilePartition(state, count.tasks);
+  PlaceTileLists(state);
 
   const std::uint64_t prepTicks = static_cast<std::uint64_t>(TicksNow() - start);
   StageAdd(6, prepTicks, 1);

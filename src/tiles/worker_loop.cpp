@@ -20,19 +20,29 @@ FrameAccumulators frameAccumulators;
 
 namespace {
 
+constexpr std::size_t kLine = 64;  // bytes of a cache line
+
 std::uint64_t Span(std::int64_t from, std::int64_t to) noexcept { return static_cast<std::uint64_t>(to - from); }
 
+/// A macro tile's micro tiles and their lists, which lie row by row.
 struct MacroTile {
   std::int32_t microX0, microY0, microX1, microY1;
+  TileEntryList* lists;
+
+  std::int32_t Count() const noexcept { return (microX1 - microX0) * (microY1 - microY0); }
+  TileEntryList& List(std::int32_t microX, std::int32_t microY) const noexcept {
+    return lists[(microY - microY0) * (microX1 - microX0) + microX - microX0];
+  }
 };
 
-MacroTile MicroRange(const FrameTaskContext& frame, std::int32_t tile) noexcept {
+MacroTile FindMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile) noexcept {
   const std::int32_t macroY = tile / frame.macroCols, macroX = tile % frame.macroCols;
-  return {macroX * 4, macroY * 4, std::min(macroX * 4 + 4, frame.microCols), std::min(macroY * 4 + 4, frame.microRows)};
+  return {macroX * 4, macroY * 4, std::min(macroX * 4 + 4, frame.microCols), std::min(macroY * 4 + 4, frame.microRows),
+          state.tileLists.data() + state.listPlaces.first[static_cast<std::size_t>(tile)]};
 }
 
-/// The micro tile's place among the lists and the depth bounds.
-std::size_t MicroIndex(const FrameTaskContext& frame, std::int32_t microX, std::int32_t microY) noexcept {
+/// The micro tile's place among the depth bounds.
+std::size_t BoundIndex(const FrameTaskContext& frame, std::int32_t microX, std::int32_t microY) noexcept {
   return static_cast<std::size_t>(microY) * static_cast<std::size_t>(frame.microCols) +
          static_cast<std::size_t>(microX);
 }
@@ -40,9 +50,8 @@ std::size_t MicroIndex(const FrameTaskContext& frame, std::int32_t microX, std::
 /// Empties the lists of the owned tiles, so that a second render of the same triangles does not double them.
 void EmptyLists(DriverState& state, const FrameTaskContext& frame, const WorkerPartition& partition) noexcept {
   for (const std::int32_t tile : partition) {
-    const MacroTile macro = MicroRange(frame, tile);
-    for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
-      for (std::int32_t x = macro.microX0; x < macro.microX1; ++x) state.tileLists[MicroIndex(frame, x, y)].clear();
+    const MacroTile macro = FindMacroTile(state, frame, tile);
+    for (std::int32_t i = 0; i < macro.Count(); ++i) macro.lists[i].clear();
   }
 }
 
@@ -70,11 +79,11 @@ void ClearMicroTile(const SurfaceView& surface, const TileClears& clears, std::i
 
 /// Clears what kernels do not clear: the micro tiles that nothing is drawn into, or all of them where the kernel has no
 /// clearing form. Returns whether there was any.
-bool ClearAhead(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
+bool ClearAhead(const FrameTaskContext& frame, const MacroTile& macro) noexcept {
   bool any = false;
   for (std::int32_t y = macro.microY0; y < macro.microY1; ++y) {
     for (std::int32_t x = macro.microX0; x < macro.microX1; ++x) {
-      if (frame.clearingKernel != nullptr && !state.tileLists[MicroIndex(frame, x, y)].empty()) continue;
+      if (frame.clearingKernel != nullptr && !macro.List(x, y).empty()) continue;
       ClearMicroTile(*frame.surface, frame.clears, x, y);
       any = true;
     }
@@ -84,20 +93,19 @@ bool ClearAhead(const DriverState& state, const FrameTaskContext& frame, const M
 
 /// Asks for what FetchMicroTile reads of a macro tile, and for its depth bounds.
 void FetchMacroTile(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
-  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y) {
-    const TileEntryList* lists = state.tileLists.data() + MicroIndex(frame, macro.microX0, y);
-    __builtin_prefetch(lists);
-    __builtin_prefetch(reinterpret_cast<const char*>(lists) + 64);
-    PrefetchToWrite(state.hizTable.data() + MicroIndex(frame, macro.microX0, y));
-  }
+  const auto* lists = reinterpret_cast<const char*>(macro.lists);
+  const std::size_t bytes = static_cast<std::size_t>(macro.Count()) * sizeof(TileEntryList);
+  for (std::size_t at = 0; at < bytes; at += kLine) __builtin_prefetch(lists + at);
+  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
+    PrefetchToWrite(state.hizTable.data() + BoundIndex(frame, macro.microX0, y));
 }
 
 /// Asks for what a micro tile of the task will touch, so that its lines are near when its turn comes: its rows lie
 /// whole pages apart, which no hardware prefetcher foresees. Pixels are asked for as lines to write: they are, and what
 /// the last frame's readers left shared would have to be asked for again at the first store.
-void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std::int32_t microX,
+void FetchMicroTile(const FrameTaskContext& frame, const MacroTile& macro, std::int32_t microX,
                     std::int32_t microY) noexcept {
-  const TileEntryList& list = state.tileLists[MicroIndex(frame, microX, microY)];
+  const TileEntryList& list = macro.List(microX, microY);
   if (list.empty() && !Any(frame.clears)) return;
   __builtin_prefetch(list.data());
   const SurfaceView& surface = *frame.surface;
@@ -110,35 +118,31 @@ void FetchMicroTile(const DriverState& state, const FrameTaskContext& frame, std
   }
 }
 
-bool AllEmpty(const DriverState& state, const FrameTaskContext& frame, const MacroTile& macro) noexcept {
-  for (std::int32_t y = macro.microY0; y < macro.microY1; ++y)
-    for (std::int32_t x = macro.microX0; x < macro.microX1; ++x)
-      if (!state.tileLists[MicroIndex(frame, x, y)].empty()) return false;
-  return true;
+bool AllEmpty(const MacroTile& macro) noexcept {
+  return std::all_of(macro.lists, macro.lists + macro.Count(), [](const TileEntryList& list) { return list.empty(); });
 }
 
 void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, const MacroTile& macro, const MacroTile& next,
                      DividedScopes& microScopes) {
   const bool clears = Any(frame.clears);
-  if (!clears && AllEmpty(state, frame, macro)) {
-    microScopes.EndEmpty(static_cast<std::uint64_t>((macro.microX1 - macro.microX0) * (macro.microY1 - macro.microY0)));
+  if (!clears && AllEmpty(macro)) {
+    microScopes.EndEmpty(static_cast<std::uint64_t>(macro.Count()));
     return;
   }
-  if (clears && ClearAhead(state, frame, macro)) microScopes.Skip();  // its time is the macro tile's own
+  if (clears && ClearAhead(frame, macro)) microScopes.Skip();  // its time is the macro tile's own
   FetchMacroTile(state, frame, next);
   // The grid can be larger than the surface, when a viewport was set without a context.
   const std::int32_t width = std::min(state.fbWidth, frame.surface->width);
   const std::int32_t height = std::min(state.fbHeight, frame.surface->height);
   for (std::int32_t microY = macro.microY0; microY < macro.microY1; ++microY) {
     for (std::int32_t microX = macro.microX0; microX < macro.microX1; ++microX) {
-      const std::size_t index = MicroIndex(frame, microX, microY);
       if (microY + 1 < macro.microY1) {
-        FetchMicroTile(state, frame, microX, microY + 1);
+        FetchMicroTile(frame, macro, microX, microY + 1);
       } else {
         const std::int32_t nextX = next.microX0 + microX - macro.microX0;
-        if (nextX < next.microX1) FetchMicroTile(state, frame, nextX, next.microY0);
+        if (nextX < next.microX1) FetchMicroTile(frame, next, nextX, next.microY0);
       }
-      const TileEntryList& list = state.tileLists[index];
+      const TileEntryList& list = macro.List(microX, microY);
       const std::int32_t x0 = microX * 8, y0 = microY * 8;
       if (list.empty() || x0 >= width || y0 >= height) {
         microScopes.EndEmpty();
@@ -146,7 +150,7 @@ void RenderMacroTile(DriverState& state, const FrameTaskContext& frame, const Ma
       }
       const std::int32_t x1 = std::min(x0 + 8, width), y1 = std::min(y0 + 8, height);
       const auto count = static_cast<std::int32_t>(list.size());
-      float* bound = &state.hizTable[index];
+      float* bound = &state.hizTable[BoundIndex(frame, microX, microY)];
       if (clears && frame.clearingKernel != nullptr) {
         frame.clearingKernel(&frame.kernelArgs, x0, y0, x1, y1, list.data(), count, bound, &frame.clears);
       } else {
@@ -167,8 +171,8 @@ std::uint64_t RenderMacroTiles(DriverState& state, const FrameTaskContext& frame
   for (std::size_t i = 0; i < partition.size(); ++i) {
     if (partition[i] / frame.macroCols >= frame.macroRows) continue;
     ++macroTiles;
-    const MacroTile next = i + 1 < partition.size() ? MicroRange(frame, partition[i + 1]) : MacroTile{};
-    RenderMacroTile(state, frame, MicroRange(frame, partition[i]), next, microScopes);
+    const MacroTile next = i + 1 < partition.size() ? FindMacroTile(state, frame, partition[i + 1]) : MacroTile{};
+    RenderMacroTile(state, frame, FindMacroTile(state, frame, partition[i]), next, microScopes);
     macroScopes.EndAtMark();
   }
   return macroTiles;

@@ -9,6 +9,7 @@
 #include "api/state/driver_state.h"
 #include "kernels/tile_kernel.h"
 #include "platform/clock.h"
+#include "tiles/grid/grid.h"
 #include "tlr2_replay/scalar_frame.h"
 
 namespace tlr2::tool {
@@ -48,10 +49,14 @@ void ReadLists(FrameMaps& maps) {
   const DriverState& state = DriverStateInstance();
   maps.triangles = MakeMap(state.microCols, state.microRows);
   maps.skipped = MakeMap(state.microCols, state.microRows);
-  for (std::size_t i = 0; i < maps.triangles.values.size(); ++i) {
-    maps.triangles.values[i] = static_cast<double>(state.tileLists[i].size());
-    for (const std::uint32_t triangle : state.tileLists[i])
-      if (Hidden(state.triangles[triangle], state.hizTable[i])) ++maps.skipped.values[i];
+  std::size_t tile = 0;
+  for (std::int32_t y = 0; y < maps.triangles.rows; ++y) {
+    for (std::int32_t x = 0; x < maps.triangles.columns; ++x, ++tile) {
+      const TileEntryList& list = TileListOf(state, x, y);
+      maps.triangles.values[tile] = static_cast<double>(list.size());
+      for (const std::uint32_t triangle : list)
+        if (Hidden(state.triangles[triangle], state.hizTable[tile])) ++maps.skipped.values[tile];
+    }
   }
   maps.owner = MakeMap(state.macroCols, state.macroRows);
   for (std::size_t i = 0; i < maps.owner.values.size() && i < state.macroOwner.size(); ++i)

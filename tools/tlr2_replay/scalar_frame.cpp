@@ -5,6 +5,7 @@
 
 #include "api/state/driver_state.h"
 #include "textures/texture_cache.h"
+#include "tiles/grid/grid.h"
 #include "tiles/queue/render_job_queue.h"
 
 namespace tlr2::tool {
@@ -30,7 +31,7 @@ void WalkRow(std::int32_t index, void* context) {
   for (std::int32_t microX = walk.range.x0; microX < walk.range.x1; ++microX) {
     const std::size_t tile =
         static_cast<std::size_t>(microY) * static_cast<std::size_t>(state.microCols) + static_cast<std::size_t>(microX);
-    const TileEntryList& list = state.tileLists[tile];
+    const TileEntryList& list = TileListOf(state, microX, microY);
     const std::int32_t x0 = microX * 8, y0 = microY * 8;
     if (list.empty() || x0 >= width || y0 >= height) continue;
     judge::ScalarTileKernel(&walk.args, x0, y0, std::min(x0 + 8, width), std::min(y0 + 8, height), list.data(),

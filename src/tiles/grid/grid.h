@@ -18,5 +18,13 @@ void RestoreTileGrid(DriverState& state);
 void ResetFrame(DriverState& state);
 /// Deals the macro tiles out to `taskCount` partitions by a fixed shuffle; nothing when they already stand.
 void RebuildWorkerTilePartition(DriverState& state, std::int32_t taskCount);
+/// Gives the lists their places for the grid and the deal as they stand. Nothing when they have them; lists that move
+/// are emptied. A replay's deal to one task leaves them where the render before it had them.
+void PlaceTileLists(DriverState& state);
+/// Whether they have places for the grid as it stands, whatever the deal.
+bool ListsHavePlaces(const DriverState& state) noexcept;
+
+/// The list of a micro tile of the grid.
+const TileEntryList& TileListOf(const DriverState& state, std::int32_t microX, std::int32_t microY) noexcept;
 
 }  // namespace tlr2

@@ -128,6 +128,20 @@ TEST(Partition, AReplaysDealAndARendersDealAllocateNothingInTurn) {
   EXPECT_EQ(Joined(state), WrittenApart(920));
 }
 
+TEST(ListPlaces, AWarmFrameAllocatesNothing) {
+  DriverState state;
+  ResizeTileGrid(state, 640, 480);
+  const auto dealInTurn = [&] {
+    RestoreTileGrid(state);
+    RebuildWorkerTilePartition(state, 3);
+    PlaceTileLists(state);
+  };
+  dealInTurn();
+  const auto before = test::allocations.load();
+  for (int frame = 0; frame < 10; ++frame) dealInTurn();
+  EXPECT_EQ(test::allocations.load(), before);
+}
+
 TEST(Grid, AWarmFramesResetAllocatesNothing) {
   DriverState state;
   CoverViewport(state, 640, 480);

@@ -45,6 +45,19 @@ std::vector<TriangleRecord> RandomTriangles(std::uint32_t seed, std::size_t coun
   return out;
 }
 
+/// What a frame does before its tasks start.
+void Deal(DriverState& state, std::int32_t tasks) {
+  RebuildWorkerTilePartition(state, tasks);
+  PlaceTileLists(state);
+  for (TileEntryList& list : state.tileLists) list.clear();
+}
+
+/// The list of the micro tile that is number `tile` in screen order.
+const TileEntryList& ListOf(const DriverState& state, std::size_t tile) {
+  const auto at = static_cast<std::int32_t>(tile);
+  return TileListOf(state, at % state.microCols, at / state.microCols);
+}
+
 void ExpectEqualCounts(const DiscoveryCounts& got, const DiscoveryCounts& want) {
   EXPECT_EQ(got.pickedByBox, want.pickedByBox);
   EXPECT_EQ(got.pickedByList, want.pickedByList);
@@ -70,8 +83,7 @@ TEST_P(DiscoveryOfSize, EqualsThePlainFormForEveryTaskCount) {
   DriverState state;
   ResizeTileGrid(state, width, height);
   for (const std::int32_t tasks : {1, 2, 3, 7, 64}) {
-    RebuildWorkerTilePartition(state, tasks);
-    for (TileEntryList& list : state.tileLists) list.clear();
+    Deal(state, tasks);
     std::vector<std::vector<std::uint32_t>> merged(state.tileLists.size());
     for (std::int32_t task = 0; task < tasks; ++task) {
       DiscoveryCounts counts = {};
@@ -84,7 +96,7 @@ TEST_P(DiscoveryOfSize, EqualsThePlainFormForEveryTaskCount) {
         merged[i].insert(merged[i].end(), want.lists[i].begin(), want.lists[i].end());
     }
     for (std::size_t i = 0; i < merged.size(); ++i) {
-      const TileEntryList& got = state.tileLists[i];
+      const TileEntryList& got = ListOf(state, i);
       ASSERT_EQ(std::vector<std::uint32_t>(got.begin(), got.end()), merged[i]) << "tile " << i << ", tasks " << tasks;
     }
   }
@@ -113,7 +125,7 @@ std::vector<TriangleRecord> TrianglesThroughCorners(std::uint32_t seed, std::siz
 TEST(Discovery, ListsHoldExactlyTheTilesThatTheStatedTestKeeps) {
   DriverState state;
   ResizeTileGrid(state, 300, 200);
-  RebuildWorkerTilePartition(state, 5);
+  Deal(state, 5);
   std::vector<TriangleRecord> triangles = RandomTriangles(99, 600, 300, 200);
   const std::vector<TriangleRecord> close = TrianglesThroughCorners(5, 3000, 296, 200);
   triangles.insert(triangles.end(), close.begin(), close.end());
@@ -123,7 +135,7 @@ TEST(Discovery, ListsHoldExactlyTheTilesThatTheStatedTestKeeps) {
     for (std::int32_t task = 0; task < 5; ++task)
       DiscoverTriangles(MakeDiscoveryGrid(state, task), &triangle, 1, counts);
     const std::vector<std::uint8_t> kept = oracle::KeptTiles(state, triangle);
-    for (std::size_t i = 0; i < kept.size(); ++i) ASSERT_EQ(state.tileLists[i].size(), kept[i]) << i;
+    for (std::size_t i = 0; i < kept.size(); ++i) ASSERT_EQ(ListOf(state, i).size(), kept[i]) << i;
   }
 }
 
@@ -141,7 +153,7 @@ TEST(Discovery, MoreTasksThanAByteCountsKeepToTheirOwnTiles) {
   DriverState state;
   ResizeTileGrid(state, 1024, 640);
   constexpr std::int32_t kTasks = 300;  // over 640 macro tiles, so that small boxes ask the owner table
-  RebuildWorkerTilePartition(state, kTasks);
+  Deal(state, kTasks);
   const std::vector<TriangleRecord> triangles = RandomTriangles(3, 200, 1024, 640);
   for (std::int32_t task = 0; task < kTasks; ++task) {
     DiscoveryCounts counts = {};
@@ -154,7 +166,7 @@ TEST(Discovery, MoreTasksThanAByteCountsKeepToTheirOwnTiles) {
 TEST(Discovery, ATriangleOutsideTheGridEntersNoList) {
   DriverState state;
   ResizeTileGrid(state, 128, 96);
-  RebuildWorkerTilePartition(state, 3);
+  Deal(state, 3);
   EXPECT_EQ(ListedTiles(state, Triangle(-30, 10, -5, 10, -5, 40)), 0u);
   EXPECT_EQ(ListedTiles(state, Triangle(130, 10, 180, 10, 150, 40)), 0u);
   EXPECT_EQ(ListedTiles(state, Triangle(10, -50, 30, -50, 20, -1)), 0u);
@@ -164,15 +176,15 @@ TEST(Discovery, ATriangleOutsideTheGridEntersNoList) {
 TEST(Discovery, ATriangleInsideOneMicroTileEntersOneList) {
   DriverState state;
   ResizeTileGrid(state, 128, 96);
-  RebuildWorkerTilePartition(state, 3);
+  Deal(state, 3);
   EXPECT_EQ(ListedTiles(state, Triangle(17, 17, 23, 18, 19, 23)), 1u);
-  EXPECT_EQ(state.tileLists[static_cast<std::size_t>(2 * state.microCols + 2)].size(), 1u);
+  EXPECT_EQ(TileListOf(state, 2, 2).size(), 1u);
 }
 
 TEST(Discovery, ADegenerateTriangleIsListedInItsWholeBox) {
   DriverState state;
   ResizeTileGrid(state, 128, 96);
-  RebuildWorkerTilePartition(state, 3);
+  Deal(state, 3);
   // A diagonal line: edges would reject all tiles off the diagonal.
   EXPECT_EQ(ListedTiles(state, Triangle(0, 0, 64, 64, 32, 32)), 64u);
   // An area just past the constant rejects.
@@ -182,7 +194,7 @@ TEST(Discovery, ADegenerateTriangleIsListedInItsWholeBox) {
 TEST(Discovery, ValuesThatFitNoIntegerDropTheUpperBoundOnly) {
   DriverState state;
   ResizeTileGrid(state, 64, 64);
-  RebuildWorkerTilePartition(state, 1);
+  Deal(state, 1);
   // A maximum past the range converts to the least integer, so the box is empty; a minimum below it clips to 0.
   EXPECT_EQ(ListedTiles(state, Triangle(3e9f, 0, 0, 0, 0, 64)), 0u);
   EXPECT_GT(ListedTiles(state, Triangle(-3e9f, 0, 64, 0, 64, 64)), 0u);
@@ -191,7 +203,7 @@ TEST(Discovery, ValuesThatFitNoIntegerDropTheUpperBoundOnly) {
 TEST(Discovery, SmallBoxesWalkTheirTilesAndLargeOnesTheOwnedList) {
   DriverState state;
   ResizeTileGrid(state, 320, 320);  // 100 macro tiles
-  RebuildWorkerTilePartition(state, 10);
+  Deal(state, 10);
   DiscoveryCounts counts = {};
   // Nine macro tiles are fewer than the ten owned.
   const TriangleRecord nine = Triangle(0, 0, 96, 0, 0, 96);

@@ -278,7 +278,7 @@ TEST_F(Frame, ASecondRenderWithoutAResetDoesNotDoubleTheLists) {
   Render(first);
   Render(second);
   EXPECT_EQ(first.color, second.color);
-  EXPECT_EQ(DriverStateInstance().tileLists[0].size(), 1u);
+  EXPECT_EQ(TileListOf(DriverStateInstance(), 0, 0).size(), 1u);
 }
 
 #if TLR2_PROFILING
@@ -422,7 +422,7 @@ TEST_F(Frame, CutoffThreePreparesAndRunsNoTask) {
   EXPECT_EQ(state.partitions.size(), 1u);
   EXPECT_EQ(state.publishedTriangleCount, 1u);
   EXPECT_EQ(state.trianglesPublished, 1);
-  EXPECT_TRUE(state.tileLists[0].empty());
+  EXPECT_TRUE(TileListOf(state, 0, 0).empty());
   EXPECT_EQ(LatestFrameStats().participants, 0u);
 }
 
@@ -436,7 +436,7 @@ TEST_F(Frame, BinOnlyFillsListsAndCountsTilesButCallsNoKernel) {
   Render(target, {MixingKernel, 0}, bin);
   EXPECT_EQ(kernelCalls, 0);
   EXPECT_EQ(target.At(0, 0), Target::kGuard);
-  EXPECT_EQ(DriverStateInstance().tileLists[0].size(), 1u);
+  EXPECT_EQ(TileListOf(DriverStateInstance(), 0, 0).size(), 1u);
   EXPECT_EQ(LatestFrameStats().macroTiles, 4u);
 }
 
