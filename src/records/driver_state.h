@@ -93,6 +93,7 @@ struct DriverState {
   TriangleVector triangles;
   std::vector<TileEntryList> tileLists;  // one a micro tile, in the order of listPlaces
   TileListPlaces listPlaces;
+  std::uint8_t listsFilled = 0;   // since they were last emptied, tasks have run
   GrowingVector<float> hizTable;  // one a micro tile, row by row
   std::uint32_t publishedTriangleCount = 0;
   std::uint8_t trianglesPublished = 0;

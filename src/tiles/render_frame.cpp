@@ -192,6 +192,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   std::uint64_t workerTicks = 0;
   if (options.cutoff != 3) {
     const std::int64_t workersStart = TicksNow();
+    state.listsFilled = 1;
     RunTasks(surface, count.tasks, context);
     workerTicks = static_cast<std::uint64_t>(TicksNow() - workersStart);
     StageAdd(7, workerTicks, 1);

@@ -253,6 +253,7 @@ TEST(Grid, ResetEmptiesTheFrameAndKeepsStorageAndBounds) {
   state.hizTable[5] = 0.5f;
   state.tileLists[5].reserve(100);
   state.tileLists[5].push_back(1);
+  state.listsFilled = 1;
   state.triangles.push_back(test::Triangle(1));
   state.vertices.push_back({});
   state.packetVertices.push_back({});

@@ -151,6 +151,7 @@ TEST(Grid, AWarmFramesResetAllocatesNothing) {
     for (TileEntryList& list : state.tileLists) {
       for (std::uint32_t i = 0; i < 8; ++i) list.push_back(i);
     }
+    state.listsFilled = 1;
     CoverViewport(state, 640, 480);
     ResetFrame(state);
   }
