@@ -8,6 +8,7 @@
 #include "api/state/driver_state.h"
 #include "base/fill.h"
 #include "kernels/tile_kernel.h"
+#include "platform/buffer_memory.h"
 #include "platform/clock.h"
 #include "settings/profiler.h"
 #include "settings/settings.h"
@@ -30,10 +31,18 @@ void ZeroAccumulators() noexcept {
   sums.participants.store(0, std::memory_order_relaxed);
 }
 
+void FillBuffer(void* buffer, std::uint32_t value, std::size_t count) noexcept {
+  if constexpr (kBuffersOnLargePages) {
+    FillWords(buffer, value, count);
+  } else {
+    FillSmallPages(buffer, value, count);
+  }
+}
+
 void FillColor(const SurfaceView& surface, std::uint32_t value) noexcept {
   const std::size_t width = static_cast<std::size_t>(surface.width), height = static_cast<std::size_t>(surface.height);
   if (surface.rowPitch == width * sizeof(std::uint32_t)) {
-    FillWords(surface.colorBuffer, value, width * height);
+    FillBuffer(surface.colorBuffer, value, width * height);
     return;
   }
   auto* row = reinterpret_cast<std::uint8_t*>(surface.colorBuffer);
@@ -79,8 +88,8 @@ TileClears StartClears(const SurfaceView& surface, DriverState& state, const Ren
     std::memcpy(&clears.depthBits, &state.pendingDepthClearValue, sizeof clears.depthBits);
     clears.depth = byTasks;
     if (!byTasks) {
-      FillWords(surface.depthBuffer, clears.depthBits,
-                static_cast<std::size_t>(surface.width) * static_cast<std::size_t>(surface.height));
+      FillBuffer(surface.depthBuffer, clears.depthBits,
+                 static_cast<std::size_t>(surface.width) * static_cast<std::size_t>(surface.height));
     }
     FillWords(state.hizTable.data(), clears.depthBits, state.hizTable.size());
     state.pendingDepthClear = 0;
