@@ -112,6 +112,21 @@ TEST_F(FrameChoices, TilesAreClearedWhoeverClearsThem) {
   }
 }
 
+TEST_F(FrameChoices, AResetEmptiesTheListsOfFramesThatDrewAndOfThoseThatDidNot) {
+  DriverState& state = DriverStateInstance();
+  const auto filled = [&] {
+    return std::count_if(state.tileLists.begin(), state.tileLists.end(),
+                         [](const TileEntryList& list) { return !list.empty(); });
+  };
+  for (const bool draws : {true, false, true, true, false, false}) {
+    if (draws) AddSlope();
+    Render();
+    EXPECT_EQ(filled() > 0, draws);
+    ResetFrame(state);
+    EXPECT_EQ(filled(), 0);
+  }
+}
+
 TEST_F(FrameChoices, AFrameThatDrawsNothingNotesNothing) {
   AddSlope();
   Render();

@@ -281,25 +281,6 @@ TEST_F(Frame, ASecondRenderWithoutAResetDoesNotDoubleTheLists) {
   EXPECT_EQ(TileListOf(DriverStateInstance(), 0, 0).size(), 1u);
 }
 
-TEST_F(Frame, AResetEmptiesTheListsOfTheLastFrameThatHadTriangles) {
-  Grid(64, 64);
-  AddTriangle(0, 0, 60, 0, 0, 60);
-  Target target(64, 64);
-  const DriverState& state = DriverStateInstance();
-  Render(target);
-  EXPECT_FALSE(TileListOf(state, 0, 0).empty());
-  ResetFrame(DriverStateInstance());
-  for (const TileEntryList& list : state.tileLists) EXPECT_TRUE(list.empty());
-  Render(target);  // a frame without triangles fills none
-  ResetFrame(DriverStateInstance());
-  for (const TileEntryList& list : state.tileLists) EXPECT_TRUE(list.empty());
-  AddTriangle(0, 0, 60, 0, 0, 60);
-  Render(target);
-  EXPECT_EQ(TileListOf(state, 0, 0).size(), 1u);
-  ResetFrame(DriverStateInstance());
-  for (const TileEntryList& list : state.tileLists) EXPECT_TRUE(list.empty());
-}
-
 #if TLR2_PROFILING
 /// Calls of all nodes of a name below `node`.
 std::uint64_t ProfiledCalls(const ProfileNode& node, const std::string& name) {
