@@ -49,7 +49,7 @@ struct TileListPlaces {
   GrowingVector<std::uint32_t> first;  // of each macro tile, the index of its upper left micro tile's list
   GrowingVector<std::uint32_t> next;   // of each task, while places are given
   std::int32_t microCols = 0, microRows = 0;
-  std::size_t tasks = 0;
+  std::size_t tasks = 0;  // 0 as long as there are no places
 };
 
 struct DriverState {

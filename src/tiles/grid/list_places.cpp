@@ -27,13 +27,15 @@ void ForEachMacroTile(const DriverState& state, Visit visit) {
 }  // namespace
 
 bool ListsHavePlaces(const DriverState& state) noexcept {
-  return state.listPlaces.microCols == state.microCols && state.listPlaces.microRows == state.microRows;
+  const TileListPlaces& places = state.listPlaces;
+  return places.tasks != 0 && places.microCols == state.microCols && places.microRows == state.microRows;
 }
 
 void PlaceTileLists(DriverState& state) {
   TileListPlaces& places = state.listPlaces;
   const std::size_t tasks = TaskCount(state);
   if (ListsHavePlaces(state) && places.tasks == tasks) return;
+  places.tasks = 0;  // should memory run out, there are no places
   const bool tiles = state.macroCols > 0 && state.macroRows > 0;
   places.first.clear();
   places.next.clear();
