@@ -47,7 +47,6 @@ static_assert(sizeof(FrameBuildStats) == 96);
 /// processor to processor all the time: a processor fetches more than the lines that it is asked for.
 struct TileListPlaces {
   GrowingVector<std::uint32_t> first;  // of each macro tile, the index of its upper left micro tile's list
-  GrowingVector<std::uint32_t> next;   // of each task, while places are given
   std::int32_t microCols = 0, microRows = 0;
   std::size_t tasks = 0;  // 0 as long as there are no places
 };
@@ -92,9 +91,7 @@ struct DriverState {
   std::uint32_t packetSequence = 0;
   TriangleVector triangles;
   std::vector<TileEntryList> tileLists;  // one a micro tile, in the order of listPlaces
-  TileListPlaces listPlaces;
-  std::uint8_t listsFilled = 0;   // since they were last emptied, tasks have run
-  GrowingVector<float> hizTable;  // one a micro tile, row by row
+  GrowingVector<float> hizTable;         // one a micro tile, row by row
   std::uint32_t publishedTriangleCount = 0;
   std::uint8_t trianglesPublished = 0;
   std::vector<WorkerPartition> partitions;
@@ -103,6 +100,8 @@ struct DriverState {
   std::uint32_t pendingColorClearValue = 0xFF000000u;
   std::uint8_t pendingDepthClear = 0;
   float pendingDepthClearValue = 1;
+  TileListPlaces listPlaces;
+  std::uint8_t listsFilled = 0;  // since the lists were last emptied, tasks have run
 };
 
 }  // namespace tlr2

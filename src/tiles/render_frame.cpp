@@ -189,8 +189,7 @@ void RenderFrameWith(const SurfaceView& surface, const RenderOptions& options, c
   __atomic_store_n(&state.trianglesPublished, std::uint8_t{1}, __ATOMIC_RELEASE);
 
   const RJQ::RenderJobQueue* pool = RJQ::Pool();
-  // Sizes without pixels have no tiles, whatever the product of their counts; of the others the product fits.
-  const std::int32_t macroTiles = state.macroCols > 0 && state.macroRows > 0 ? state.macroCols * state.macroRows : 0;
+  const auto macroTiles = static_cast<std::int32_t>(MacroTileCount(state));
   TaskCount count = CountTasks(pool != nullptr ? RJQ::WorkerCount(pool) : 1, Settings().workerLimit, macroTiles);
   if (overrides.taskCount > 0) count.tasks = overrides.taskCount;
   RebuildWorkerTilePartition(state, count.tasks);

@@ -35,8 +35,10 @@ struct MacroTile {
   }
 };
 
+/// Empty below the grid, where no lists are.
 MacroTile FindMacroTile(DriverState& state, const FrameTaskContext& frame, std::int32_t tile) noexcept {
   const std::int32_t macroY = tile / frame.macroCols, macroX = tile % frame.macroCols;
+  if (macroY >= frame.macroRows) return MacroTile{};
   return {macroX * 4, macroY * 4, std::min(macroX * 4 + 4, frame.microCols), std::min(macroY * 4 + 4, frame.microRows),
           state.tileLists.data() + state.listPlaces.first[static_cast<std::size_t>(tile)]};
 }

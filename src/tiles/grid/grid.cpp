@@ -21,10 +21,6 @@ struct GridCounts {
   std::int64_t MicroTiles() const noexcept {
     return microCols > 0 && microRows > 0 ? static_cast<std::int64_t>(microCols) * microRows : 0;
   }
-  std::size_t MacroTiles() const noexcept {
-    return macroCols > 0 && macroRows > 0 ? static_cast<std::size_t>(macroCols) * static_cast<std::size_t>(macroRows)
-                                          : 0;
-  }
 };
 
 // From pixels on both levels: the macro grid does not follow from the micro grid. 64 bits, so that no size overflows.
@@ -64,8 +60,6 @@ void BuildTileGrid(DriverState& state, std::int32_t width, std::int32_t height) 
     list.reserve(kListReserve);
   }
   state.hizTable.assign(tiles, 1.0f);
-  state.listPlaces.first.reserve(counts.MacroTiles());
-  state.listPlaces.next.reserve(1);
   state.fbWidth = width;
   state.fbHeight = height;
   StoreCounts(state, counts);

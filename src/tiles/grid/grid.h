@@ -1,6 +1,7 @@
 // The tile grid: 32 by 32 macro tiles are owned, 8 by 8 micro tiles are rasterised.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "records/driver_state.h"
@@ -18,6 +19,8 @@ void RestoreTileGrid(DriverState& state);
 void ResetFrame(DriverState& state);
 /// Deals the macro tiles out to `taskCount` partitions by a fixed shuffle; nothing when they already stand.
 void RebuildWorkerTilePartition(DriverState& state, std::int32_t taskCount);
+/// How many macro tiles the grid has; none where it has no pixels, whatever the product of its counts.
+std::size_t MacroTileCount(const DriverState& state) noexcept;
 /// Gives the lists their places for the grid and the deal as they stand. Nothing when they have them; lists that move
 /// are emptied. A replay's deal to one task leaves them where the render before it had them.
 void PlaceTileLists(DriverState& state);

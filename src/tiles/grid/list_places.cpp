@@ -2,25 +2,27 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
+#include <vector>
 
 #include "tiles/grid/grid.h"
 
 namespace tlr2 {
 namespace {
 
-std::size_t TaskCount(const DriverState& state) noexcept { return std::max<std::size_t>(state.partitions.size(), 1); }
+/// Of the deal as it stands; without one, all belongs to one task.
+std::size_t DealtTasks(const DriverState& state) noexcept { return std::max<std::size_t>(state.partitions.size(), 1); }
 
-/// Calls `visit(macro tile, owner, its lists)` in screen order.
+/// Calls `visit(macro tile, owner, how many lists it has)` in screen order.
 template <typename Visit>
 void ForEachMacroTile(const DriverState& state, Visit visit) {
-  const bool shared = TaskCount(state) > 1;
-  std::size_t tile = 0;
-  for (std::int32_t y = 0; y < state.macroRows; ++y) {
-    const std::int32_t rows = std::min(state.microRows - y * 4, 4);
-    for (std::int32_t x = 0; x < state.macroCols; ++x, ++tile) {
-      const std::int32_t cols = std::min(state.microCols - x * 4, 4);
-      visit(tile, shared ? std::size_t{state.macroOwner[tile]} : 0, static_cast<std::uint32_t>(cols * rows));
-    }
+  const std::size_t count = MacroTileCount(state);
+  const auto columns = static_cast<std::size_t>(std::max(state.macroCols, 1));
+  const bool shared = DealtTasks(state) > 1;
+  for (std::size_t tile = 0; tile < count; ++tile) {
+    const auto x = static_cast<std::int32_t>(tile % columns), y = static_cast<std::int32_t>(tile / columns);
+    const std::int32_t lists = std::min(state.microCols - x * 4, 4) * std::min(state.microRows - y * 4, 4);
+    visit(tile, shared ? std::size_t{state.macroOwner[tile]} : 0, static_cast<std::uint32_t>(lists));
   }
 }
 
@@ -33,27 +35,17 @@ bool ListsHavePlaces(const DriverState& state) noexcept {
 
 void PlaceTileLists(DriverState& state) {
   TileListPlaces& places = state.listPlaces;
-  const std::size_t tasks = TaskCount(state);
+  const std::size_t tasks = DealtTasks(state);
   if (ListsHavePlaces(state) && places.tasks == tasks) return;
   places.tasks = 0;  // should memory run out, there are no places
-  const bool tiles = state.macroCols > 0 && state.macroRows > 0;
-  places.first.clear();
-  places.next.clear();
-  places.next.resize(tasks);
-  if (tiles) {
-    places.first.resize(static_cast<std::size_t>(state.macroCols) * static_cast<std::size_t>(state.macroRows));
-    ForEachMacroTile(state, [&](std::size_t, std::size_t task, std::uint32_t lists) { places.next[task] += lists; });
-    std::uint32_t before = 0;
-    for (std::uint32_t& next : places.next) {
-      const std::uint32_t lists = next;
-      next = before;
-      before += lists;
-    }
-    ForEachMacroTile(state, [&](std::size_t tile, std::size_t task, std::uint32_t lists) {
-      places.first[tile] = places.next[task];
-      places.next[task] += lists;
-    });
-  }
+  std::vector<std::uint32_t> next(tasks);
+  places.first.resize(MacroTileCount(state));
+  ForEachMacroTile(state, [&](std::size_t, std::size_t task, std::uint32_t lists) { next[task] += lists; });
+  std::exclusive_scan(next.begin(), next.end(), next.begin(), 0u);
+  ForEachMacroTile(state, [&](std::size_t tile, std::size_t task, std::uint32_t lists) {
+    places.first[tile] = next[task];
+    next[task] += lists;
+  });
   places.microCols = state.microCols;
   places.microRows = state.microRows;
   places.tasks = tasks;

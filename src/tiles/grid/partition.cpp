@@ -49,12 +49,15 @@ void SetPartitionCount(std::vector<WorkerPartition>& partitions, std::size_t cou
 
 }  // namespace
 
+std::size_t MacroTileCount(const DriverState& state) noexcept {
+  if (state.macroCols <= 0 || state.macroRows <= 0) return 0;
+  return static_cast<std::size_t>(state.macroCols) * static_cast<std::size_t>(state.macroRows);
+}
+
 void RebuildWorkerTilePartition(DriverState& state, std::int32_t taskCount) {
   const ScopeTimer scope("tlr2::RebuildWorkerTilePartition");
   const auto n = static_cast<std::size_t>(std::max(taskCount, 1));
-  const std::size_t tiles = state.macroCols > 0 && state.macroRows > 0
-                                ? static_cast<std::size_t>(state.macroCols) * static_cast<std::size_t>(state.macroRows)
-                                : 0;
+  const std::size_t tiles = MacroTileCount(state);
   if (state.partitions.size() == n) {
     std::size_t dealt = 0;
     for (const WorkerPartition& partition : state.partitions) dealt += partition.size();

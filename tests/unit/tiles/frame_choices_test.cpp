@@ -127,6 +127,29 @@ TEST_F(FrameChoices, AResetEmptiesTheListsOfFramesThatDrewAndOfThoseThatDidNot) 
   }
 }
 
+TEST_F(FrameChoices, TilesBelowTheGridArePassedOver) {
+  DriverState& state = DriverStateInstance();
+  AddSlope();
+  Render();
+  const std::vector<float> whole = depth;
+  // As many tiles as the grid has, so that the deal stands: one lies far below in place of the lower right one.
+  ASSERT_EQ(state.partitions.size(), 1u);
+  std::int32_t* last = std::find(state.partitions[0].begin(), state.partitions[0].end(), 3);
+  ASSERT_NE(last, state.partitions[0].end());
+  *last = 100000;
+  depth.assign(kSide * kSide, 1.0f);
+  for (float& bound : state.hizTable) bound = 1.0f;
+  Render();
+  EXPECT_EQ(LatestFrameStats().macroTiles, 3u);
+  for (std::size_t y = 0; y < kSide; ++y) {
+    for (std::size_t x = 0; x < kSide; ++x) {
+      const std::size_t i = y * kSide + x;
+      ASSERT_EQ(depth[i], x >= 32 && y >= 32 ? 1.0f : whole[i]) << x << ' ' << y;
+    }
+  }
+  state.partitions.clear();
+}
+
 TEST_F(FrameChoices, AFrameThatDrawsNothingNotesNothing) {
   AddSlope();
   Render();
